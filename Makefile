@@ -1,0 +1,49 @@
+# Entry points for people and CI. Each target installs what is missing,
+# configures, builds and runs. Build trees live under build/<type>.
+.PHONY: demo test check test-asan test-tsan bench deps format clean
+
+NINJA_JOBS ?= $(shell nproc)
+CTEST = ctest --output-on-failure -j $(NINJA_JOBS) --timeout 300
+
+define configure
+	@test -f build/$(1)/build.ninja || cmake -S . -B build/$(1) -G Ninja -DCMAKE_BUILD_TYPE=$(2) $(3)
+	cmake --build build/$(1) -j $(NINJA_JOBS)
+endef
+
+deps:
+	@scripts/install-deps
+
+# The main job: the command-line tool against the built-in camera simulator.
+demo: deps
+	$(call configure,release,Release)
+	GENICAM_GENTL64_PATH=$(CURDIR)/build/release/producers build/release/tools/tavik demo
+
+# The whole suite: the release build, then the address+undefined sanitizer build.
+test: deps
+	$(call configure,release,Release)
+	cd build/release && $(CTEST)
+	$(call configure,asan,Asan)
+	cd build/asan && $(CTEST)
+
+check: deps
+	$(call configure,release,Release)
+	cd build/release && $(CTEST)
+
+test-asan: deps
+	$(call configure,asan,Asan)
+	cd build/asan && $(CTEST)
+
+test-tsan: deps
+	$(call configure,tsan,Tsan)
+	cd build/tsan && $(CTEST)
+
+bench: 
+	@scripts/install-deps libopencv-imgproc-dev libyuv-dev
+	$(call configure,bench,Release,-DTAVIK_BENCH=ON)
+	@for b in build/bench/bench/tavik_bench_*; do echo "== $$b"; $$b; done
+
+format:
+	git ls-files '*.h' '*.hpp' '*.cpp' '*.c' | xargs clang-format -i
+
+clean:
+	rm -rf build
