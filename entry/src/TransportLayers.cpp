@@ -1,0 +1,76 @@
+#include "TransportLayers.h"
+
+#include <cstring>
+#include <string>
+
+#include "engine/Global.h"
+#include "kit/Directory.h"
+#include "kit/Env.h"
+#include "kit/ObjectList.h"
+#include "kit/ObjectMap.h"
+
+namespace {
+// The producer search path of this build's pointer width.
+constexpr const char* kSearchPathVariable =
+    sizeof(void*) == 8 ? "GENICAM_GENTL64_PATH" : "GENICAM_GENTL32_PATH";
+} // namespace
+
+llk::i4 cGenTL::Initialize(const char* aPath) {
+    mPath = llk::Retained(llk::cString::New(aPath, false));
+    return mPath ? llk::kOk : llk::kNoMemory;
+}
+
+cGenTL::~cGenTL() {
+    llk::ReleaseAndClear(mPath);
+}
+
+void ScanTLs(llk::cObjectMap* aMap, const char* aDirectory) {
+    llk::cDirectory* directory = llk::cDirectory::New(aDirectory);
+    if (!directory) return;
+    while (llk::cString* name = directory->Next(".cti")) {
+        // The first directory that holds a file name wins.
+        if (aMap->Contains(name->Chars())) continue;
+        // The path is built to its full length, however deep the directory.
+        llk::cString* path = llk::cString::New(aDirectory, false);
+        if (!path || !path->Append("/") || !path->Append(name->Chars())) continue;
+        if (cGenTL* tl = cGenTL::New(path->Chars())) aMap->Store(name->Chars(), tl);
+    }
+}
+
+llk::cObjectList* SplitPaths(const char* aPath) {
+    llk::cObjectList* list = llk::cObjectList::New(8, true);
+    if (!list || !aPath) return list;
+    const char* start = aPath;
+    for (const char* c = aPath;; ++c) {
+        if (*c != ';' && *c != ':' && *c != '\0') continue;
+        if (c > start) {
+            std::string entry(start, c);
+            list->Append(llk::cString::New(entry.c_str(), false), true);
+        }
+        if (*c == '\0') break;
+        start = c + 1;
+    }
+    return list;
+}
+
+TvkError_t StartTransportLayers(tLocalData& aLocal) {
+    char* searchPath = llk::sEnv::GetEnvVariable(kSearchPathVariable);
+    aLocal.global->Disable(false);
+    ScanTLs(aLocal.transportLayers, ".");
+    if (searchPath) {
+        llk::cObjectList* entries = SplitPaths(searchPath);
+        for (llk::u4 i = 0; entries && i < entries->Count(); ++i)
+            ScanTLs(aLocal.transportLayers,
+                    static_cast<llk::cString*>(entries->AtIndex(i))->Chars());
+    }
+    llk::sEnv::Free(searchPath);
+    // No producer can be bound yet: a start finds no transport layer.
+    aLocal.global->Disable(true);
+    return TvkErrorNoTL;
+}
+
+void StopTransportLayers(tLocalData& aLocal, llk::uAutoreleasePool& aPool) {
+    aLocal.global->Disable(true);
+    aLocal.global->RemoveAll();
+    aPool.Sink();
+}
