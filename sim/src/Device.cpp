@@ -1,0 +1,180 @@
+#include "Device.h"
+
+#include <cstring>
+#include <fstream>
+#include <iterator>
+
+#include "FrameGenerator.h"
+#include "Stream.h"
+#include "Zip.h"
+
+namespace sim {
+
+extern const char kDeviceDocument[]; // the built-in document, embedded at build time
+
+Device::Device(Interface* aParent, const tCameraConfig& aConfig)
+    : mParent(aParent), mConfig(aConfig), mSpace(reg::kSpaceSize, 0),
+      mRemoteEvents(EVENT_REMOTE_DEVICE, this, 1024),
+      mInvalidations(EVENT_FEATURE_INVALIDATE, this, 256) {
+    std::vector<uint8_t> text;
+    if (!mConfig.document.empty()) {
+        std::ifstream file(mConfig.document, std::ios::binary);
+        text.assign(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+    }
+    if (text.empty()) text.assign(kDeviceDocument, kDeviceDocument + strlen(kDeviceDocument));
+    mDocument = mConfig.zipped ? ZipOneFile("TavikSim.xml", text) : text;
+    if (mDocument.size() > reg::kSpaceSize - reg::kDocument)
+        mDocument.resize(reg::kSpaceSize - reg::kDocument);
+    Reset();
+    // A camera served with a foreign document has no acquisition registers of
+    // ours: it delivers whenever its stream runs.
+    mAcquiring.store(!mConfig.document.empty());
+    mStream = std::make_unique<Stream>(this);
+}
+
+Device::~Device() = default;
+
+// A camera served with another document keeps a zero-filled register space.
+void Device::Reset() {
+    std::lock_guard<std::mutex> hold(mLock);
+    std::fill(mSpace.begin(), mSpace.end(), 0);
+    memcpy(mSpace.data() + reg::kDocument, mDocument.data(), mDocument.size());
+    if (!mConfig.document.empty()) return;
+    WriteText(reg::kVendor, mConfig.vendor, 32);
+    WriteText(reg::kModel, mConfig.model, 32);
+    WriteText(reg::kSerial, mConfig.serial, 16);
+    WriteText(reg::kVersion, mConfig.version, 16);
+    WriteU32(reg::kSensorWidth, mConfig.sensorWidth);
+    WriteU32(reg::kSensorHeight, mConfig.sensorHeight);
+    WriteU32(reg::kWidth, mConfig.width);
+    WriteU32(reg::kHeight, mConfig.height);
+    WriteU32(reg::kPixelFormat, mConfig.pixelFormat);
+    WriteU32(reg::kTemperature, 250); // 25 degrees
+    memcpy(mSpace.data() + reg::kFrameRate, &mConfig.frameRate, 8);
+    const double exposure = 10000.0;
+    memcpy(mSpace.data() + reg::kExposure, &exposure, 8);
+    UpdatePayload();
+}
+
+std::string Device::Url() const {
+    char url[128];
+    snprintf(url, sizeof(url), "Local:%s;%llx;%zx",
+             mConfig.zipped ? "TavikSim.zip" : "TavikSim.xml",
+             static_cast<unsigned long long>(reg::kDocument), mDocument.size());
+    return url;
+}
+
+void Device::WriteU32(uint64_t aAddress, uint32_t aValue) {
+    memcpy(mSpace.data() + aAddress, &aValue, 4);
+}
+
+void Device::WriteText(uint64_t aAddress, const std::string& aText, size_t aLength) {
+    memset(mSpace.data() + aAddress, 0, aLength);
+    memcpy(mSpace.data() + aAddress, aText.data(), std::min(aText.size(), aLength - 1));
+}
+
+uint32_t Device::ReadU32(uint64_t aAddress) {
+    std::lock_guard<std::mutex> hold(mLock);
+    uint32_t value;
+    memcpy(&value, mSpace.data() + aAddress, 4);
+    return value;
+}
+
+double Device::ReadF64(uint64_t aAddress) {
+    std::lock_guard<std::mutex> hold(mLock);
+    double value;
+    memcpy(&value, mSpace.data() + aAddress, 8);
+    return value;
+}
+
+void Device::UpdatePayload() {
+    uint32_t width, height, format, chunks;
+    memcpy(&width, mSpace.data() + reg::kWidth, 4);
+    memcpy(&height, mSpace.data() + reg::kHeight, 4);
+    memcpy(&format, mSpace.data() + reg::kPixelFormat, 4);
+    memcpy(&chunks, mSpace.data() + reg::kChunkMode, 4);
+    const tPixelFormat* f = FindFormat(format);
+    uint64_t payload = f ? static_cast<uint64_t>(width) * height * f->bitsPerPixel / 8 : 0;
+    if (chunks) payload += 16;
+    WriteU32(reg::kPayloadSize, static_cast<uint32_t>(payload));
+}
+
+GC_ERROR Device::Read(uint64_t aAddress, void* aBuffer, size_t* aSize) {
+    if (!aBuffer || !aSize) return GC_ERR_INVALID_PARAMETER;
+    if (aAddress > mSpace.size() || *aSize > mSpace.size() - aAddress)
+        return GC_ERR_INVALID_ADDRESS;
+    std::lock_guard<std::mutex> hold(mLock);
+    if (!mConfig.plugged) return GC_ERR_TIMEOUT;
+    memcpy(aBuffer, mSpace.data() + aAddress, *aSize);
+    return GC_ERR_SUCCESS;
+}
+
+GC_ERROR Device::Write(uint64_t aAddress, const void* aBuffer, size_t* aSize) {
+    if (!aBuffer || !aSize) return GC_ERR_INVALID_PARAMETER;
+    if (aAddress > mSpace.size() || *aSize > mSpace.size() - aAddress)
+        return GC_ERR_INVALID_ADDRESS;
+    if (mReadOnly) return GC_ERR_ACCESS_DENIED;
+    {
+        std::lock_guard<std::mutex> hold(mLock);
+        if (!mConfig.plugged) return GC_ERR_TIMEOUT;
+        // The document and the read-only registers do not change.
+        if (aAddress >= reg::kDocument) return GC_ERR_ACCESS_DENIED;
+        memcpy(mSpace.data() + aAddress, aBuffer, *aSize);
+        Apply(aAddress, *aSize);
+    }
+    return GC_ERR_SUCCESS;
+}
+
+// With the lock held.
+void Device::Apply(uint64_t aAddress, size_t aSize) {
+    auto touches = [&](uint64_t aRegister) {
+        return aAddress <= aRegister && aRegister < aAddress + aSize;
+    };
+    if (!mConfig.document.empty()) return;
+    if (touches(reg::kWidth) || touches(reg::kHeight) || touches(reg::kPixelFormat) ||
+        touches(reg::kChunkMode))
+        UpdatePayload();
+    if (touches(reg::kAcquisitionStart)) mAcquiring.store(true);
+    if (touches(reg::kAcquisitionStop)) mAcquiring.store(false);
+    if (touches(reg::kReset)) {
+        mLock.unlock();
+        Reset();
+        mLock.lock();
+    }
+}
+
+bool Device::Open(int32_t aFlags) {
+    std::lock_guard<std::mutex> hold(mLock);
+    if (mOpen || !mConfig.plugged) return false;
+    mOpen = true;
+    mReadOnly = aFlags == DEVICE_ACCESS_READONLY;
+    return true;
+}
+
+void Device::Close() {
+    mStream->Stop();
+    mStream->SetOpen(false);
+    std::lock_guard<std::mutex> hold(mLock);
+    mOpen = false;
+}
+
+void Device::CountFrame() {
+    std::lock_guard<std::mutex> hold(mLock);
+    uint32_t count;
+    memcpy(&count, mSpace.data() + reg::kFrameCounter, 4);
+    ++count;
+    memcpy(mSpace.data() + reg::kFrameCounter, &count, 4);
+}
+
+void Device::SetPlugged(bool aPlugged) {
+    std::lock_guard<std::mutex> hold(mLock);
+    mConfig.plugged = aPlugged;
+}
+
+int32_t Device::AccessStatus() const {
+    if (mOpen)
+        return mReadOnly ? DEVICE_ACCESS_STATUS_OPEN_READONLY : DEVICE_ACCESS_STATUS_OPEN_READWRITE;
+    return mConfig.access;
+}
+
+} // namespace sim

@@ -1,0 +1,89 @@
+// A simulated camera: its register space behind the device port, the
+// document the port serves, and its one data stream.
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "Event.h"
+#include "Topology.h"
+
+namespace sim {
+
+class Interface;
+class Stream;
+
+// Register addresses of the built-in document (little-endian).
+namespace reg {
+constexpr uint64_t kVendor = 0x0000, kModel = 0x0020, kSerial = 0x0040, kVersion = 0x0050;
+constexpr uint64_t kUserId = 0x0060, kReset = 0x0070;
+constexpr uint64_t kWidth = 0x1000, kHeight = 0x1004, kOffsetX = 0x1008, kOffsetY = 0x100C;
+constexpr uint64_t kPixelFormat = 0x1010, kPayloadSize = 0x1014;
+constexpr uint64_t kSensorWidth = 0x1018, kSensorHeight = 0x101C;
+constexpr uint64_t kAcquisitionStart = 0x1020, kAcquisitionStop = 0x1024;
+constexpr uint64_t kFrameRate = 0x1028, kExposure = 0x1030, kGain = 0x1038;
+constexpr uint64_t kChunkMode = 0x1048, kFrameCounter = 0x104C, kTLParamsLocked = 0x1050;
+constexpr uint64_t kTemperature = 0x1070;
+constexpr uint64_t kDocument = 0x100000;
+constexpr uint64_t kSpaceSize = 0x400000; // room for a 3 MiB document
+} // namespace reg
+
+class Device {
+public:
+    Device(Interface* aParent, const tCameraConfig& aConfig);
+    ~Device();
+
+    const tCameraConfig& Config() const { return mConfig; }
+    Interface* Parent() const { return mParent; }
+    std::string Url() const;
+
+    // Port access; the register space is kept below 4 GiB.
+    GC_ERROR Read(uint64_t aAddress, void* aBuffer, size_t* aSize);
+    GC_ERROR Write(uint64_t aAddress, const void* aBuffer, size_t* aSize);
+    uint32_t ReadU32(uint64_t aAddress);
+    double ReadF64(uint64_t aAddress);
+
+    // Open state; the handle is this object while open.
+    bool Open(int32_t aFlags);
+    void Close();
+    bool IsOpen() const { return mOpen; }
+    int32_t AccessStatus() const;
+    Stream* GetStream() const { return mStream.get(); }
+
+    uint32_t DocumentSize() const { return static_cast<uint32_t>(mDocument.size()); }
+    bool DocumentZipped() const { return mConfig.zipped; }
+
+    // The camera acquires between its AcquisitionStart and AcquisitionStop.
+    bool Acquiring() const { return mAcquiring.load(); }
+    void CountFrame();
+    void SetPlugged(bool aPlugged);
+    bool Plugged() const { return mConfig.plugged; }
+
+    Event* RemoteEvents() { return &mRemoteEvents; }
+    Event* Invalidations() { return &mInvalidations; }
+
+private:
+    void Reset();
+    void WriteU32(uint64_t aAddress, uint32_t aValue);
+    void WriteText(uint64_t aAddress, const std::string& aText, size_t aLength);
+    // Applies what a register write means to the camera.
+    void Apply(uint64_t aAddress, size_t aSize);
+    void UpdatePayload();
+
+    Interface* mParent;
+    tCameraConfig mConfig;
+    std::mutex mLock;
+    std::vector<uint8_t> mSpace;
+    std::vector<uint8_t> mDocument;
+    std::unique_ptr<Stream> mStream;
+    bool mOpen = false;
+    bool mReadOnly = false;
+    std::atomic<bool> mAcquiring{false};
+    Event mRemoteEvents;
+    Event mInvalidations;
+};
+
+} // namespace sim

@@ -1,0 +1,125 @@
+#include "Topology.h"
+
+#include <tinyxml.h>
+
+#include <cstdlib>
+#include <cstring>
+
+#include "FrameGenerator.h"
+
+namespace sim {
+
+tTopology DefaultTopology() {
+    tTopology t;
+    tInterfaceConfig gev{"SimGEV-0", "GEV", "Simulated GigE Vision interface", "GEV0001", {}};
+    tCameraConfig mono;
+    mono.id = "SimCam-Mono";
+    mono.model = "TavikSim Mono";
+    mono.serial = "SIM0001";
+    tCameraConfig bayer;
+    bayer.id = "SimCam-Bayer";
+    bayer.model = "TavikSim Color";
+    bayer.serial = "SIM0002";
+    bayer.sensorWidth = 2592;
+    bayer.sensorHeight = 1944;
+    bayer.width = 1296;
+    bayer.height = 972;
+    bayer.pixelFormat = 0x01080009; // BayerRG8
+    gev.cameras = {mono, bayer};
+    tInterfaceConfig usb{"SimUSB3-0", "U3V", "Simulated USB3 Vision interface", "U3V0001", {}};
+    tCameraConfig rgb;
+    rgb.id = "SimCam-RGB";
+    rgb.model = "TavikSim RGB";
+    rgb.serial = "SIM0003";
+    rgb.pixelFormat = 0x02180014; // RGB8
+    usb.cameras = {rgb};
+    t.interfaces = {gev, usb};
+    return t;
+}
+
+namespace {
+std::string Text(const TiXmlElement* aElement, const char* aName, const std::string& aDefault) {
+    const char* value = aElement->Attribute(aName);
+    return value ? value : aDefault;
+}
+
+template <class T> T Number(const TiXmlElement* aElement, const char* aName, T aDefault) {
+    const char* value = aElement->Attribute(aName);
+    if (!value) return aDefault;
+    return static_cast<T>(strtod(value, nullptr));
+}
+
+bool Flag(const TiXmlElement* aElement, const char* aName, bool aDefault) {
+    const char* value = aElement->Attribute(aName);
+    if (!value) return aDefault;
+    return strcmp(value, "true") == 0 || strcmp(value, "1") == 0;
+}
+
+int32_t AccessOf(const std::string& aText) {
+    if (aText == "readonly") return 2;
+    if (aText == "noaccess") return 3;
+    if (aText == "busy") return 4;
+    return 1;
+}
+} // namespace
+
+bool ParseTopology(const std::string& aPath, tTopology& aTopology) {
+    TiXmlDocument document;
+    if (!document.LoadFile(aPath.c_str())) return false;
+    const TiXmlElement* root = document.RootElement();
+    if (!root || strcmp(root->Value(), "TavikSim") != 0) return false;
+    tTopology t;
+    t.tlType = Text(root, "tlType", "GEV");
+    int serial = 1;
+    for (const TiXmlElement* i = root->FirstChildElement("Interface"); i;
+         i = i->NextSiblingElement("Interface")) {
+        tInterfaceConfig interface;
+        interface.id = Text(i, "id", "SimIF-" + std::to_string(t.interfaces.size()));
+        interface.type = Text(i, "type", "GEV");
+        interface.name = Text(i, "name", interface.id);
+        interface.serial = Text(i, "serial", interface.id);
+        for (const TiXmlElement* c = i->FirstChildElement("Camera"); c;
+             c = c->NextSiblingElement("Camera")) {
+            tCameraConfig camera;
+            camera.id = Text(c, "id", "SimCam-" + std::to_string(serial));
+            camera.vendor = Text(c, "vendor", camera.vendor);
+            camera.model = Text(c, "model", camera.model);
+            camera.serial = Text(c, "serial", "SIM" + std::to_string(1000 + serial));
+            camera.version = Text(c, "version", camera.version);
+            camera.access = AccessOf(Text(c, "access", "readwrite"));
+            camera.sensorWidth = Number(c, "sensorWidth", camera.sensorWidth);
+            camera.sensorHeight = Number(c, "sensorHeight", camera.sensorHeight);
+            camera.width = Number(c, "width", std::min(camera.width, camera.sensorWidth));
+            camera.height = Number(c, "height", std::min(camera.height, camera.sensorHeight));
+            if (const tPixelFormat* f = FindFormat(Text(c, "pixelFormat", "Mono8").c_str()))
+                camera.pixelFormat = f->code;
+            camera.frameRate = Number(c, "frameRate", camera.frameRate);
+            camera.document = Text(c, "document", "");
+            camera.zipped = Flag(c, "zip", false);
+            camera.plugged = Flag(c, "plugged", true);
+            interface.cameras.push_back(camera);
+            ++serial;
+        }
+        t.interfaces.push_back(interface);
+    }
+    for (const TiXmlElement* f = root->FirstChildElement("Fault"); f;
+         f = f->NextSiblingElement("Fault")) {
+        tFaultConfig fault;
+        fault.call = Text(f, "call", "");
+        fault.status = Number(f, "status", int32_t{0});
+        fault.count = Number(f, "count", uint32_t{0});
+        fault.delayMs = Number(f, "delay", uint32_t{0});
+        t.faults.push_back(fault);
+    }
+    aTopology = t;
+    return true;
+}
+
+tTopology LoadTopology() {
+    tTopology t;
+    const char* path = getenv("TAVIK_SIM_CONFIG");
+    if (path && *path && ParseTopology(path, t)) return t;
+    return DefaultTopology();
+}
+
+} // namespace sim

@@ -1,0 +1,56 @@
+// What the simulator presents: its transport layer, interfaces and cameras,
+// from the file named by TAVIK_SIM_CONFIG or a built-in default.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace sim {
+
+struct tCameraConfig {
+    std::string id;
+    std::string vendor = "Tavik";
+    std::string model = "TavikSim";
+    std::string serial;
+    std::string version = "1.0";
+    int32_t access = 1; // DEVICE_ACCESS_STATUS
+    uint32_t sensorWidth = 1280;
+    uint32_t sensorHeight = 960;
+    uint32_t width = 640;
+    uint32_t height = 480;
+    uint32_t pixelFormat = 0x01080001;
+    double frameRate = 30.0;
+    std::string document; // a file to serve instead of the built-in document
+    bool zipped = false;  // serve the document ZIP-compressed
+    bool plugged = true;
+};
+
+struct tInterfaceConfig {
+    std::string id;
+    std::string type = "GEV";
+    std::string name;
+    std::string serial;
+    std::vector<tCameraConfig> cameras;
+};
+
+struct tFaultConfig {
+    std::string call;
+    int32_t status = 0;
+    uint32_t count = 0; // 0: every call
+    uint32_t delayMs = 0;
+};
+
+struct tTopology {
+    std::string tlType = "GEV";
+    std::vector<tInterfaceConfig> interfaces;
+    std::vector<tFaultConfig> faults;
+};
+
+// The topology of TAVIK_SIM_CONFIG, or the default when unset or unreadable.
+tTopology LoadTopology();
+tTopology DefaultTopology();
+// Parses a configuration document; false when it is not one.
+bool ParseTopology(const std::string& aPath, tTopology& aTopology);
+
+} // namespace sim

@@ -1,0 +1,71 @@
+// The transport layer and its interfaces, and the registry of live handles
+// that every entry point checks its arguments against.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "Device.h"
+#include "Event.h"
+#include "Topology.h"
+
+namespace sim {
+
+class Interface {
+public:
+    explicit Interface(const tInterfaceConfig& aConfig);
+    const tInterfaceConfig& Config() const { return mConfig; }
+    // Plugged cameras, in the order they were configured.
+    std::vector<Device*> Visible();
+    Device* Find(const std::string& aId);
+    std::vector<std::unique_ptr<Device>>& Devices() { return mDevices; }
+    bool IsOpen() const { return mOpen; }
+    void SetOpen(bool aOpen) { mOpen = aOpen; }
+    Event* DeviceListChanged() { return &mDeviceListChanged; }
+    // The list the consumer sees, taken at its last update.
+    std::vector<std::string> listed;
+
+private:
+    tInterfaceConfig mConfig;
+    std::vector<std::unique_ptr<Device>> mDevices;
+    bool mOpen = false;
+    Event mDeviceListChanged;
+};
+
+class System {
+public:
+    explicit System(const tTopology& aTopology);
+    const tTopology& Topology() const { return mTopology; }
+    std::vector<std::unique_ptr<Interface>>& Interfaces() { return mInterfaces; }
+    Interface* Find(const std::string& aId);
+    Device* FindDevice(const std::string& aId);
+    Event* InterfaceListChanged() { return &mInterfaceListChanged; }
+    std::vector<std::string> listed;
+
+private:
+    tTopology mTopology;
+    std::vector<std::unique_ptr<Interface>> mInterfaces;
+    Event mInterfaceListChanged;
+};
+
+// What a handle may be.
+enum class tKind { kSystem, kInterface, kDevice, kStream, kPort, kEvent, kUnion };
+
+// Live handles; a handle leaves when its object closes.
+class Handles {
+public:
+    void Add(void* aHandle, tKind aKind);
+    void Remove(void* aHandle);
+    bool Is(void* aHandle, tKind aKind);
+    void Clear();
+
+private:
+    std::mutex mLock;
+    std::map<void*, tKind> mLive;
+};
+
+} // namespace sim

@@ -1,0 +1,466 @@
+// The simulator as any GenTL consumer sees it: topology, documents, frames,
+// events, faults and plugging, through standard calls only.
+#include <gtest/gtest.h>
+
+#include <zlib.h>
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "GenTLConsumer.h"
+#include "TavikSimControl.h"
+
+using namespace test;
+
+namespace {
+
+class SimulatorTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        unsetenv("TAVIK_SIM_CONFIG");
+        mGenTL = std::make_unique<GenTL>(TAVIK_SIM_PRODUCER);
+        ASSERT_NE(mGenTL->library, nullptr) << dlerror();
+        ASSERT_EQ(mGenTL->GCInitLib(), GC_ERR_SUCCESS);
+        ASSERT_EQ(mGenTL->TLOpen(&mTL), GC_ERR_SUCCESS);
+    }
+    void TearDown() override {
+        if (mDevice) mGenTL->DevClose(mDevice);
+        if (mTL) mGenTL->TLClose(mTL);
+        mGenTL->GCCloseLib();
+        mGenTL.reset();
+    }
+
+    std::vector<std::string> InterfaceIds() {
+        bool8_t changed = 0;
+        EXPECT_EQ(mGenTL->TLUpdateInterfaceList(mTL, &changed, 100), GC_ERR_SUCCESS);
+        uint32_t count = 0;
+        mGenTL->TLGetNumInterfaces(mTL, &count);
+        std::vector<std::string> ids;
+        for (uint32_t i = 0; i < count; ++i)
+            ids.push_back(mGenTL->Text(
+                [&](char* b, size_t* s) { return mGenTL->TLGetInterfaceID(mTL, i, b, s); }));
+        return ids;
+    }
+
+    std::vector<std::string> DeviceIds(IF_HANDLE aInterface) {
+        EXPECT_EQ(mGenTL->IFUpdateDeviceList(aInterface, nullptr, 100), GC_ERR_SUCCESS);
+        uint32_t count = 0;
+        mGenTL->IFGetNumDevices(aInterface, &count);
+        std::vector<std::string> ids;
+        for (uint32_t i = 0; i < count; ++i)
+            ids.push_back(mGenTL->Text(
+                [&](char* b, size_t* s) { return mGenTL->IFGetDeviceID(aInterface, i, b, s); }));
+        return ids;
+    }
+
+    // Opens the first camera of the first interface.
+    void OpenFirstCamera() {
+        std::vector<std::string> interfaces = InterfaceIds();
+        ASSERT_FALSE(interfaces.empty());
+        ASSERT_EQ(mGenTL->TLOpenInterface(mTL, interfaces[0].c_str(), &mInterface), GC_ERR_SUCCESS);
+        std::vector<std::string> devices = DeviceIds(mInterface);
+        ASSERT_FALSE(devices.empty());
+        ASSERT_EQ(
+            mGenTL->IFOpenDevice(mInterface, devices[0].c_str(), DEVICE_ACCESS_CONTROL, &mDevice),
+            GC_ERR_SUCCESS);
+        ASSERT_EQ(mGenTL->DevGetPort(mDevice, &mPort), GC_ERR_SUCCESS);
+    }
+
+    uint32_t ReadU32(uint64_t aAddress) {
+        uint32_t value = 0;
+        size_t size = 4;
+        EXPECT_EQ(mGenTL->GCReadPort(mPort, aAddress, &value, &size), GC_ERR_SUCCESS);
+        return value;
+    }
+    void WriteU32(uint64_t aAddress, uint32_t aValue) {
+        size_t size = 4;
+        EXPECT_EQ(mGenTL->GCWritePort(mPort, aAddress, &aValue, &size), GC_ERR_SUCCESS);
+    }
+
+    // The document the port's URL names, read from the register space.
+    std::vector<uint8_t> FetchDocument(std::string* aName = nullptr) {
+        std::string url =
+            mGenTL->Text([&](char* b, size_t* s) { return mGenTL->GCGetPortURL(mPort, b, s); });
+        // "Local:<name>;<hex address>;<hex length>"
+        EXPECT_EQ(url.rfind("Local:", 0), 0u) << url;
+        size_t first = url.find(';'), second = url.find(';', first + 1);
+        if (aName) *aName = url.substr(6, first - 6);
+        uint64_t address = strtoull(url.substr(first + 1, second - first - 1).c_str(), nullptr, 16);
+        size_t length = strtoull(url.substr(second + 1).c_str(), nullptr, 16);
+        std::vector<uint8_t> document(length);
+        EXPECT_EQ(mGenTL->GCReadPort(mPort, address, document.data(), &length), GC_ERR_SUCCESS);
+        return document;
+    }
+
+    std::unique_ptr<GenTL> mGenTL;
+    TL_HANDLE mTL = nullptr;
+    IF_HANDLE mInterface = nullptr;
+    DEV_HANDLE mDevice = nullptr;
+    PORT_HANDLE mPort = nullptr;
+};
+
+TEST_F(SimulatorTest, DefaultTopologyHasTwoKindsOfInterfaceAndThreeCameras) {
+    std::string type = mGenTL->Text([&](char* b, size_t* s) {
+        INFO_DATATYPE t;
+        return mGenTL->GCGetInfo(TL_INFO_TLTYPE, &t, b, s);
+    });
+    EXPECT_EQ(type, "GEV");
+    std::vector<std::string> interfaces = InterfaceIds();
+    ASSERT_EQ(interfaces.size(), 2u);
+    std::vector<std::string> kinds;
+    size_t cameras = 0;
+    for (const std::string& id : interfaces) {
+        kinds.push_back(mGenTL->Text([&](char* b, size_t* s) {
+            INFO_DATATYPE t;
+            return mGenTL->TLGetInterfaceInfo(mTL, id.c_str(), INTERFACE_INFO_TLTYPE, &t, b, s);
+        }));
+        IF_HANDLE handle = nullptr;
+        ASSERT_EQ(mGenTL->TLOpenInterface(mTL, id.c_str(), &handle), GC_ERR_SUCCESS);
+        for (const std::string& device : DeviceIds(handle)) {
+            ++cameras;
+            std::string serial = mGenTL->Text([&](char* b, size_t* s) {
+                INFO_DATATYPE t;
+                return mGenTL->IFGetDeviceInfo(handle, device.c_str(), DEVICE_INFO_SERIAL_NUMBER,
+                                               &t, b, s);
+            });
+            EXPECT_FALSE(serial.empty());
+        }
+        mGenTL->IFClose(handle);
+    }
+    EXPECT_NE(kinds[0], kinds[1]);
+    EXPECT_EQ(cameras, 3u);
+}
+
+TEST_F(SimulatorTest, DocumentIsServedThroughThePortAndCarriesItsFeatures) {
+    OpenFirstCamera();
+    std::string name;
+    std::vector<uint8_t> document = FetchDocument(&name);
+    EXPECT_EQ(name, "TavikSim.xml");
+    std::string text(document.begin(), document.end());
+    EXPECT_EQ(text.rfind("<?xml", 0), 0u);
+    for (const char* node : {"<Integer ", "<Float ", "<Enumeration ", "<Boolean ", "<Command ",
+                             "<StringReg ", "<Register ", "<MaskedIntReg ", "<StructReg ",
+                             "<SwissKnife ", "<IntSwissKnife ", "<Converter ", "<IntConverter ",
+                             "<pSelected>", "<pInvalidator>", "<ChunkID>", "<EventID>"})
+        EXPECT_NE(text.find(node), std::string::npos) << node;
+    // The register space behind it answers the document's addresses.
+    EXPECT_EQ(ReadU32(0x1000), 640u);
+    EXPECT_EQ(ReadU32(0x1014), 640u * 480u); // PayloadSize follows Width
+    WriteU32(0x1000, 320);
+    EXPECT_EQ(ReadU32(0x1014), 320u * 480u);
+    char vendor[32] = {};
+    size_t size = sizeof(vendor);
+    ASSERT_EQ(mGenTL->GCReadPort(mPort, 0x0000, vendor, &size), GC_ERR_SUCCESS);
+    EXPECT_STREQ(vendor, "Tavik");
+    uint8_t byte = 0;
+    size = 1;
+    EXPECT_EQ(mGenTL->GCReadPort(mPort, 0x10000000, &byte, &size), GC_ERR_INVALID_ADDRESS);
+}
+
+TEST_F(SimulatorTest, ThousandFramesCarryThePatternAndConsecutiveCounters) {
+    OpenFirstCamera();
+    std::string streamId = mGenTL->Text(
+        [&](char* b, size_t* s) { return mGenTL->DevGetDataStreamID(mDevice, 0, b, s); });
+    DS_HANDLE stream = nullptr;
+    ASSERT_EQ(mGenTL->DevOpenDataStream(mDevice, streamId.c_str(), &stream), GC_ERR_SUCCESS);
+    double noLimit = 0.0;
+    size_t eight = 8;
+    ASSERT_EQ(mGenTL->GCWritePort(mPort, 0x1028, &noLimit, &eight), GC_ERR_SUCCESS);
+    size_t payload = 0, size = sizeof(payload);
+    INFO_DATATYPE type;
+    ASSERT_EQ(mGenTL->DSGetInfo(stream, STREAM_INFO_PAYLOAD_SIZE, &type, &payload, &size),
+              GC_ERR_SUCCESS);
+    ASSERT_EQ(payload, 640u * 480u);
+
+    std::vector<std::vector<uint8_t>> memory(4, std::vector<uint8_t>(payload));
+    std::vector<BUFFER_HANDLE> buffers(4);
+    for (size_t i = 0; i < 4; ++i) {
+        ASSERT_EQ(
+            mGenTL->DSAnnounceBuffer(stream, memory[i].data(), payload, &memory[i], &buffers[i]),
+            GC_ERR_SUCCESS);
+        ASSERT_EQ(mGenTL->DSQueueBuffer(stream, buffers[i]), GC_ERR_SUCCESS);
+    }
+    EVENT_HANDLE event = nullptr;
+    ASSERT_EQ(mGenTL->GCRegisterEvent(stream, EVENT_NEW_BUFFER, &event), GC_ERR_SUCCESS);
+    ASSERT_EQ(mGenTL->DSStartAcquisition(stream, ACQ_START_FLAGS_DEFAULT, GENTL_INFINITE),
+              GC_ERR_SUCCESS);
+    WriteU32(0x1020, 1); // AcquisitionStart
+
+    uint64_t previous = 0;
+    int wrongPixels = 0;
+    for (int frame = 0; frame < 1000; ++frame) {
+        EVENT_NEW_BUFFER_DATA data{};
+        size_t dataSize = sizeof(data);
+        ASSERT_EQ(mGenTL->EventGetData(event, &data, &dataSize, 5000), GC_ERR_SUCCESS) << frame;
+        auto* bytes = static_cast<std::vector<uint8_t>*>(data.pUserPointer)->data();
+        uint64_t id = 0, stamped = 0;
+        size = sizeof(id);
+        ASSERT_EQ(mGenTL->DSGetBufferInfo(stream, data.BufferHandle, BUFFER_INFO_FRAMEID, &type,
+                                          &id, &size),
+                  GC_ERR_SUCCESS);
+        memcpy(&stamped, bytes, 8);
+        EXPECT_EQ(stamped, id);
+        if (previous) {
+            EXPECT_EQ(id, previous + 1);
+        }
+        previous = id;
+        // Sample rows across the frame against v = x + y + n.
+        for (uint32_t y : {0u, 1u, 239u, 479u})
+            for (uint32_t x : {8u, 100u, 639u})
+                if (y > 0 || x >= 8)
+                    wrongPixels += bytes[y * 640 + x] != static_cast<uint8_t>(x + y + id);
+        ASSERT_EQ(mGenTL->DSQueueBuffer(stream, data.BufferHandle), GC_ERR_SUCCESS);
+    }
+    EXPECT_EQ(wrongPixels, 0);
+    WriteU32(0x1024, 1); // AcquisitionStop
+    EXPECT_EQ(mGenTL->DSStopAcquisition(stream, ACQ_STOP_FLAGS_DEFAULT), GC_ERR_SUCCESS);
+    EXPECT_EQ(mGenTL->DSFlushQueue(stream, ACQ_QUEUE_ALL_DISCARD), GC_ERR_SUCCESS);
+    for (BUFFER_HANDLE b : buffers)
+        EXPECT_EQ(mGenTL->DSRevokeBuffer(stream, b, nullptr, nullptr), GC_ERR_SUCCESS);
+    EXPECT_EQ(mGenTL->GCUnregisterEvent(stream, EVENT_NEW_BUFFER), GC_ERR_SUCCESS);
+    EXPECT_EQ(mGenTL->DSClose(stream), GC_ERR_SUCCESS);
+}
+
+TEST_F(SimulatorTest, InjectedFaultsAndUnpluggedCamerasFailAsTold) {
+    auto control = reinterpret_cast<TavikSimControl_t>(mGenTL->Symbol("TavikSimControl"));
+    ASSERT_NE(control, nullptr);
+    OpenFirstCamera();
+    EXPECT_EQ(control("fail GCReadPort -1010 1"), 0);
+    uint32_t value = 0;
+    size_t size = 4;
+    EXPECT_EQ(mGenTL->GCReadPort(mPort, 0x1000, &value, &size), GC_ERR_IO);
+    EXPECT_EQ(mGenTL->GCReadPort(mPort, 0x1000, &value, &size), GC_ERR_SUCCESS);
+    EXPECT_EQ(control("no such command"), -1);
+
+    std::vector<std::string> before = DeviceIds(mInterface);
+    EXPECT_EQ(control(("unplug " + before[1]).c_str()), 0);
+    bool8_t changed = 0;
+    ASSERT_EQ(mGenTL->IFUpdateDeviceList(mInterface, &changed, 100), GC_ERR_SUCCESS);
+    EXPECT_TRUE(changed);
+    EXPECT_EQ(DeviceIds(mInterface).size(), before.size() - 1);
+    EXPECT_EQ(control(("plug " + before[1]).c_str()), 0);
+    EXPECT_EQ(DeviceIds(mInterface), before);
+    // A second open of an open camera is refused.
+    DEV_HANDLE again = nullptr;
+    EXPECT_EQ(mGenTL->IFOpenDevice(mInterface, before[0].c_str(), DEVICE_ACCESS_CONTROL, &again),
+              GC_ERR_RESOURCE_IN_USE);
+}
+
+TEST_F(SimulatorTest, EventsReachWaitersAlsoThroughAUnion) {
+    auto control = reinterpret_cast<TavikSimControl_t>(mGenTL->Symbol("TavikSimControl"));
+    auto unionCreate = reinterpret_cast<decltype(&UnionCreate)>(mGenTL->Symbol("UnionCreate"));
+    auto unionLinkup = reinterpret_cast<decltype(&UnionLinkup)>(mGenTL->Symbol("UnionLinkup"));
+    auto unionWait = reinterpret_cast<decltype(&UnionWait)>(mGenTL->Symbol("UnionWait"));
+    auto unionDelete = reinterpret_cast<decltype(&UnionDelete)>(mGenTL->Symbol("UnionDelete"));
+    ASSERT_TRUE(control && unionCreate && unionLinkup && unionWait && unionDelete);
+    OpenFirstCamera();
+    std::vector<std::string> cameras = DeviceIds(mInterface);
+    EVENT_HANDLE remote = nullptr, listChanged = nullptr;
+    ASSERT_EQ(mGenTL->GCRegisterEvent(mDevice, EVENT_REMOTE_DEVICE, &remote), GC_ERR_SUCCESS);
+    EXPECT_EQ(mGenTL->GCRegisterEvent(mDevice, EVENT_REMOTE_DEVICE, &remote),
+              GC_ERR_RESOURCE_IN_USE);
+    ASSERT_EQ(mGenTL->GCRegisterEvent(mInterface, EVENT_DEVICE_LIST_CHANGED_QRX, &listChanged),
+              GC_ERR_SUCCESS);
+    UNION_HANDLE group = nullptr;
+    ASSERT_EQ(unionCreate(&group), GC_ERR_SUCCESS);
+    ASSERT_EQ(unionLinkup(group, remote), GC_ERR_SUCCESS);
+    ASSERT_EQ(unionLinkup(group, listChanged), GC_ERR_SUCCESS);
+
+    EVENT_HANDLE fired = nullptr;
+    EXPECT_EQ(unionWait(group, &fired, 10), GC_ERR_TIMEOUT);
+    ASSERT_EQ(control(("unplug " + cameras[1]).c_str()), 0);
+    ASSERT_EQ(unionWait(group, &fired, 5000), GC_ERR_SUCCESS);
+    EXPECT_EQ(fired, listChanged);
+    uint8_t data[256];
+    size_t size = sizeof(data);
+    ASSERT_EQ(mGenTL->EventGetData(listChanged, data, &size, 0), GC_ERR_SUCCESS);
+    std::string device = mGenTL->Text([&](char* b, size_t* s) {
+        INFO_DATATYPE t;
+        return mGenTL->EventGetDataInfo(listChanged, data, size, EVENT_DATA_DEVICE_ID_QRX, &t, b,
+                                        s);
+    });
+    EXPECT_EQ(device, cameras[1]);
+    uint32_t what = 99;
+    size_t whatSize = sizeof(what);
+    INFO_DATATYPE type;
+    ASSERT_EQ(mGenTL->EventGetDataInfo(listChanged, data, size, EVENT_DATA_WHAT_QRX, &type, &what,
+                                       &whatSize),
+              GC_ERR_SUCCESS);
+    EXPECT_EQ(what, static_cast<uint32_t>(IFCHANGE_DEVICE_LEFT));
+
+    ASSERT_EQ(control(("event " + cameras[0] + " 9001").c_str()), 0);
+    ASSERT_EQ(unionWait(group, &fired, 5000), GC_ERR_SUCCESS);
+    EXPECT_EQ(fired, remote);
+    size = sizeof(data);
+    ASSERT_EQ(mGenTL->EventGetData(remote, data, &size, 0), GC_ERR_SUCCESS);
+    uint32_t id = 0;
+    memcpy(&id, data, 4);
+    EXPECT_EQ(id, 9001u);
+    // A kill wakes a blocked reader.
+    std::thread killer([&] { mGenTL->EventKill(remote); });
+    size = sizeof(data);
+    EXPECT_EQ(mGenTL->EventGetData(remote, data, &size, GENTL_INFINITE), GC_ERR_ABORT);
+    killer.join();
+    EXPECT_EQ(unionDelete(group), GC_ERR_SUCCESS);
+}
+
+TEST_F(SimulatorTest, ChunksIncompleteAndTooSmallBuffersAreReported) {
+    auto control = reinterpret_cast<TavikSimControl_t>(mGenTL->Symbol("TavikSimControl"));
+    OpenFirstCamera();
+    std::string camera = DeviceIds(mInterface)[0];
+    WriteU32(0x1048, 1); // ChunkModeActive
+    const size_t payload = ReadU32(0x1014);
+    EXPECT_EQ(payload, 640u * 480u + 16u);
+    DS_HANDLE stream = nullptr;
+    ASSERT_EQ(mGenTL->DevOpenDataStream(mDevice, "Stream0", &stream), GC_ERR_SUCCESS);
+    std::vector<uint8_t> big(payload), small(1000);
+    BUFFER_HANDLE bigBuffer = nullptr, smallBuffer = nullptr;
+    ASSERT_EQ(mGenTL->DSAnnounceBuffer(stream, big.data(), big.size(), nullptr, &bigBuffer),
+              GC_ERR_SUCCESS);
+    ASSERT_EQ(mGenTL->DSAnnounceBuffer(stream, small.data(), small.size(), nullptr, &smallBuffer),
+              GC_ERR_SUCCESS);
+    EVENT_HANDLE event = nullptr;
+    ASSERT_EQ(mGenTL->GCRegisterEvent(stream, EVENT_NEW_BUFFER, &event), GC_ERR_SUCCESS);
+    ASSERT_EQ(control(("incomplete " + camera + " 1").c_str()), 0);
+    ASSERT_EQ(mGenTL->DSQueueBuffer(stream, bigBuffer), GC_ERR_SUCCESS);
+    ASSERT_EQ(mGenTL->DSQueueBuffer(stream, smallBuffer), GC_ERR_SUCCESS);
+    ASSERT_EQ(mGenTL->DSStartAcquisition(stream, ACQ_START_FLAGS_DEFAULT, 3), GC_ERR_SUCCESS);
+    WriteU32(0x1020, 1);
+    auto next = [&] {
+        EVENT_NEW_BUFFER_DATA data{};
+        size_t size = sizeof(data);
+        EXPECT_EQ(mGenTL->EventGetData(event, &data, &size, 5000), GC_ERR_SUCCESS);
+        S_BUFFER_INFO_BUNDLE bundle{};
+        size = sizeof(bundle);
+        INFO_DATATYPE type;
+        EXPECT_EQ(mGenTL->DSGetBufferInfo(stream, data.BufferHandle, BUFFER_INFO_BUNDLE_QRX, &type,
+                                          &bundle, &size),
+                  GC_ERR_SUCCESS);
+        return std::make_pair(data.BufferHandle, bundle);
+    };
+    // The bundle is packed: its fields are copied out before use.
+    auto [first, incomplete] = next();
+    EXPECT_EQ(first, bigBuffer);
+    int32_t status = incomplete.Status;
+    EXPECT_NE(status, 0);
+    auto [second, tooSmall] = next();
+    EXPECT_EQ(second, smallBuffer);
+    status = tooSmall.Status;
+    EXPECT_EQ(status, GC_ERR_BUFFER_TOO_SMALL_QRX);
+    ASSERT_EQ(mGenTL->DSQueueBuffer(stream, bigBuffer), GC_ERR_SUCCESS);
+    auto [third, complete] = next();
+    const int32_t completeStatus = complete.Status;
+    const uint32_t width = complete.Width, ancillary = complete.AncillarySize;
+    const uint64_t format = complete.PixelFormat, frameId = complete.FrameID;
+    EXPECT_EQ(completeStatus, 0);
+    EXPECT_EQ(width, 640u);
+    EXPECT_EQ(ancillary, 16u);
+    EXPECT_EQ(format, 0x01080001u);
+    SINGLE_CHUNK_DATA chunk{};
+    size_t count = 1;
+    ASSERT_EQ(mGenTL->DSGetBufferChunkData(stream, bigBuffer, &chunk, &count), GC_ERR_SUCCESS);
+    EXPECT_EQ(chunk.ChunkOffset, static_cast<ptrdiff_t>(640 * 480));
+    uint64_t chunkFrame = 0;
+    memcpy(&chunkFrame, big.data() + chunk.ChunkOffset, 8);
+    EXPECT_EQ(chunkFrame, frameId);
+    EXPECT_EQ(mGenTL->DSStopAcquisition(stream, ACQ_STOP_FLAGS_DEFAULT), GC_ERR_SUCCESS);
+    EXPECT_EQ(mGenTL->DSClose(stream), GC_ERR_SUCCESS);
+}
+
+TEST(SimulatorConfigTest, ConfigurationNamesTopologyFormatsAndZippedDocuments) {
+    namespace fs = std::filesystem;
+    fs::path dir = fs::temp_directory_path() / ("tavik-sim-" + std::to_string(getpid()));
+    fs::create_directories(dir);
+    std::ofstream(dir / "sim.xml") << R"(<TavikSim tlType="USB3">
+  <Interface id="IF-A" type="U3V">
+    <Camera id="CamZ" serial="Z1" pixelFormat="BayerRG12Packed" width="64" height="4" zip="true"/>
+  </Interface>
+</TavikSim>)";
+    setenv("TAVIK_SIM_CONFIG", (dir / "sim.xml").c_str(), 1);
+    {
+        GenTL gentl(TAVIK_SIM_PRODUCER);
+        ASSERT_EQ(gentl.GCInitLib(), GC_ERR_SUCCESS);
+        TL_HANDLE tl = nullptr;
+        ASSERT_EQ(gentl.TLOpen(&tl), GC_ERR_SUCCESS);
+        ASSERT_EQ(gentl.TLUpdateInterfaceList(tl, nullptr, 0), GC_ERR_SUCCESS);
+        IF_HANDLE interface = nullptr;
+        ASSERT_EQ(gentl.TLOpenInterface(tl, "IF-A", &interface), GC_ERR_SUCCESS);
+        ASSERT_EQ(gentl.IFUpdateDeviceList(interface, nullptr, 0), GC_ERR_SUCCESS);
+        DEV_HANDLE device = nullptr;
+        ASSERT_EQ(gentl.IFOpenDevice(interface, "CamZ", DEVICE_ACCESS_CONTROL, &device),
+                  GC_ERR_SUCCESS);
+        PORT_HANDLE port = nullptr;
+        ASSERT_EQ(gentl.DevGetPort(device, &port), GC_ERR_SUCCESS);
+        uint32_t format = 0;
+        size_t size = 4;
+        ASSERT_EQ(gentl.GCReadPort(port, 0x1010, &format, &size), GC_ERR_SUCCESS);
+        EXPECT_EQ(format, 0x010C002Bu);
+        // The zipped document inflates back to the text.
+        uint64_t address = 0;
+        uint32_t length = 0;
+        INFO_DATATYPE type;
+        size = sizeof(address);
+        ASSERT_EQ(
+            gentl.GCGetPortURLInfo(port, 0, URL_INFO_DOCUMENT_ADDRESS_QRX, &type, &address, &size),
+            GC_ERR_SUCCESS);
+        size = sizeof(length);
+        ASSERT_EQ(
+            gentl.GCGetPortURLInfo(port, 0, URL_INFO_DOCUMENT_SIZE_QRX, &type, &length, &size),
+            GC_ERR_SUCCESS);
+        std::vector<uint8_t> zip(length);
+        size = length;
+        ASSERT_EQ(gentl.GCReadPort(port, address, zip.data(), &size), GC_ERR_SUCCESS);
+        ASSERT_GE(zip.size(), 30u);
+        EXPECT_EQ(zip[0], 'P');
+        EXPECT_EQ(zip[1], 'K');
+        uint16_t nameLength = static_cast<uint16_t>(zip[26] | (zip[27] << 8));
+        uint32_t packed =
+            zip[18] | (zip[19] << 8) | (zip[20] << 16) | (static_cast<uint32_t>(zip[21]) << 24);
+        uint32_t plain =
+            zip[22] | (zip[23] << 8) | (zip[24] << 16) | (static_cast<uint32_t>(zip[25]) << 24);
+        std::vector<uint8_t> text(plain);
+        z_stream stream{};
+        inflateInit2(&stream, -15);
+        stream.next_in = zip.data() + 30 + nameLength;
+        stream.avail_in = packed;
+        stream.next_out = text.data();
+        stream.avail_out = plain;
+        EXPECT_EQ(inflate(&stream, Z_FINISH), Z_STREAM_END);
+        inflateEnd(&stream);
+        EXPECT_EQ(std::string(text.begin(), text.begin() + 5), "<?xml");
+        gentl.DevClose(device);
+        gentl.TLClose(tl);
+        gentl.GCCloseLib();
+    }
+    unsetenv("TAVIK_SIM_CONFIG");
+    fs::remove_all(dir);
+}
+
+TEST(SimulatorVariantsTest, EachVariantLacksWhatItsNameSays) {
+    auto has = [](const char* aFile, const char* aSymbol) {
+        void* library =
+            dlopen((std::string(TAVIK_SIM_VARIANTS) + "/" + aFile).c_str(), RTLD_NOW | RTLD_LOCAL);
+        if (!library) return false;
+        bool found = dlsym(library, aSymbol) != nullptr;
+        dlclose(library);
+        return found;
+    };
+    EXPECT_FALSE(has("TavikSimStandard.cti", "GCInitLibEx"));
+    EXPECT_FALSE(has("TavikSimStandard.cti", "UnionCreate"));
+    EXPECT_TRUE(has("TavikSimStandard.cti", "GCInitLib"));
+    EXPECT_FALSE(has("TavikSimNoPort.cti", "DevGetPort"));
+    EXPECT_FALSE(has("TavikSimNoOpen.cti", "TLOpen"));
+    EXPECT_TRUE(has("TavikSimNoCloseLib.cti", "TLClose"));
+    EXPECT_FALSE(has("TavikSimNoCloseLib.cti", "GCCloseLib"));
+    EXPECT_FALSE(has("TavikSimNoChunks.cti", "DSGetBufferChunkData"));
+    EXPECT_TRUE(has("TavikSimNoChunks.cti", "DSGetBufferInfo"));
+}
+
+} // namespace
