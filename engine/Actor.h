@@ -1,0 +1,74 @@
+// The state-owning half of an engine object: an active object that runs on
+// its aggregate's scheduler and answers its proxy's requests one at a time.
+#pragma once
+
+#include "engine/Aggregate.h"
+#include "kit/ObjectWorks.h"
+
+namespace llk {
+class cObjectQueue;
+}
+
+namespace tvk {
+
+class pProxy;
+
+// Async uids of the actor's own pumps.
+constexpr llk::u4 kRequestPump = 0;
+constexpr llk::u4 kMessagePump = 1;
+// The outcome a request keeps when it is refused rather than answered.
+constexpr llk::i4 kRequestRefused = llk::kRefused;
+
+class pActor : public llk::pActiveObject {
+public:
+    llk::i4 Initialize(pProxy* aProxy, cAggregate* aAggregate);
+    ~pActor() override;
+
+    // Dispatches by kind; actors override the hooks below.
+    void OnExecute(const llk::tActiveCode& aCode, llk::pObject* aData) final;
+    // Ends what the actor started; subclasses call it first.
+    virtual void Dismiss();
+    virtual llk::u4 Handle() const;
+    virtual void OnEventFired(llk::u4 aUid, const void* aData, llk::u4 aLength);
+    virtual void OnTimerFired(llk::u4 aUid, llk::u4 aContext);
+    virtual void OnAsyncFired(llk::u4 aUid);
+    virtual void OnFlashFired(llk::u4 aUid, llk::u4 aArgument);
+    virtual void OnOffloaded(llk::u4 aUid, llk::cFunction* aFunction);
+    // True when finished; false defers the request until the next drain.
+    virtual bool OnRequest(llk::cRequest* aRequest);
+    virtual bool OnMessage(llk::cMessage* aMessage);
+
+    cHelper* Helper() const { return mAggregate->Helper(); }
+    cProducer* Producer() const { return mAggregate->Producer(); }
+    cGlobal* Global() const { return mAggregate->Global(); }
+    cAggregate* Aggregate() const { return mAggregate; }
+    pProxy* Proxy() const { return mProxy; }
+
+    // Blocks until answered; aTimeoutMs 0 waits for ever. A timed-out
+    // request is taken back, or waited for when already in service.
+    llk::i4 SendRequest(llk::cRequest* aRequest, llk::u4 aTimeoutMs, llk::u1 aPriority);
+    llk::i4 PostMessage(llk::cMessage* aMessage, llk::u1 aPriority);
+    void RequestsDrain();
+    void MessagesDrain();
+    // Answers every waiting request with the refused outcome.
+    void RequestsReject();
+    void RequestsDisable(bool aDisable);
+
+private:
+    void RequestPump();
+    void MessagePump();
+
+    llk::cMutex* mMutex = nullptr;
+    llk::cObjectWorks* mWorks = nullptr;
+    llk::cObjectQueue* mDeferredRequests = nullptr;
+    llk::cObjectQueue* mMessages = nullptr;
+    llk::cObjectQueue* mDeferredMessages = nullptr;
+    bool mRequestPumpScheduled = false;
+    bool mRequestPumpRunning = false;
+    bool mMessagePumpScheduled = false;
+    bool mMessagePumpRunning = false;
+    cAggregate* mAggregate = nullptr; // not owned
+    pProxy* mProxy = nullptr;         // not owned
+};
+
+} // namespace tvk
