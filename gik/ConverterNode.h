@@ -1,0 +1,54 @@
+// gik::cConverterNode: "Converter" and "IntConverter", a value
+// read through FormulaFrom (the target's value as TO) and written through
+// FormulaTo (the new value as FROM). The inversion is only what FormulaTo
+// says: no numeric search, and "Slope" is not read.
+#pragma once
+
+#include "gik/FormulaNode.h"
+
+namespace gik {
+
+class cConverterNode : public pFormulaNode {
+public:
+    static cConverterNode* New(cRuntime* aRuntime, const TiXmlElement* aElement, bool aIsFloat) {
+        return Make<cConverterNode>(aRuntime, aElement, aIsFloat);
+    }
+    i4 Initialize(cRuntime* aRuntime, const TiXmlElement* aElement, bool aIsFloat) {
+        mIsFloat = aIsFloat;
+        return Parse(aRuntime, aElement);
+    }
+    ~cConverterNode() override;
+    u4 ClassCode() const override { return kTagConverter; }
+    const char* ClassName() const override { return "cConverterNode"; }
+
+    i4 Parse(cRuntime* aRuntime, const TiXmlElement* aElement) override;
+    i4 Resolve(cRuntime* aRuntime) override;
+    bool IsNoCache(cRuntime* aRuntime) override;
+    bool IsWriteAround(cRuntime* aRuntime) override;
+    pNode* Target(cRuntime* aRuntime) override;
+    bool IsWriteable(cRuntime* aRuntime) override;
+    void SetImplemented(bool aImplemented) override;
+    bool HasInvalidators(cRuntime* aRuntime) override;
+    i4 SetValue(cRuntime* aRuntime, const cValue* aValue, pNode* aOriginator) override;
+    i4 GetValue(cRuntime* aRuntime, cValue& aValue, pNode* aOriginator) override;
+    // The target's bounds through FormulaFrom, exchanged when reversed.
+    i4 GetRange(cRuntime* aRuntime, cValue& aMinimum, cValue& aMaximum, pNode* aOriginator) override;
+    u4 ComputeAccess() override;
+    void OnInvalidate(cRuntime* aRuntime, cNotification* aNotification) override;
+
+private:
+    // FormulaFrom over the variables with TO set to aTo.
+    i4 From(cRuntime* aRuntime, const cValue& aTo, cValue& aResult);
+
+    tValue mValue;
+    cFormula* mFormulaFrom = nullptr;
+    cFormula* mFormulaTo = nullptr;
+    cValue* mResult = nullptr;
+    cValue* mLastInput = nullptr;
+    cValue* mMinimum = nullptr;
+    cValue* mMaximum = nullptr;
+    bool mHasResult = false;
+    bool mHasRange = false;
+};
+
+} // namespace gik

@@ -1,0 +1,137 @@
+#include "gik/MemoryNode.h"
+
+#include <tinyxml.h>
+
+#include "gik/Nesting.h"
+#include "gik/Notification.h"
+#include "gik/PortNode.h"
+#include "gik/RegisterNode.h"
+#include "gik/Runtime.h"
+#include "gik/Text.h"
+#include "gik/Value.h"
+
+namespace gik {
+
+cMemoryNode::~cMemoryNode() {
+    llk::ReleaseAndClear(mComputed);
+}
+
+i4 cMemoryNode::Parse(cRuntime* aRuntime, const TiXmlElement* aElement) {
+    i4 status = pNode::Parse(aRuntime, aElement);
+    if (status != kOk) return status;
+    mComputed = new (std::nothrow) cValue();
+    if (!mComputed) return kNoMemory;
+    if (!aElement) return kOk;
+    bool found = false;
+    if ((status = ParseValue(aRuntime, aElement, "Address", mAddress, tValue::kInteger, &found)) != kOk)
+        return status;
+    if (!found) {
+        cValue zero;
+        zero.SetSigned(0);
+        if ((status = mAddress.SetConstantCopy(zero)) != kOk) return status;
+    }
+    if ((status = ParseValue(aRuntime, aElement, "Index", mIndex, tValue::kInteger, &found)) != kOk)
+        return status;
+    if (found) {
+        const TiXmlElement* index = sText::Child(aElement, "pIndex");
+        if (!index) index = sText::Child(aElement, "Index");
+        if (const char* offset = index->Attribute("Offset")) {
+            i8 v = 0;
+            if (!sText::ReadInteger(offset, v) || v < 0 || v > 0xFFFFFFFFll) return kBadNumber;
+            mMultiplier = static_cast<u4>(v);
+        }
+    }
+    if ((status = ParseValue(aRuntime, aElement, "Length", mLength, tValue::kInteger, &found)) != kOk)
+        return status;
+    if (!found) return kUnacceptable;
+    if (cValue* length = mLength.Constant())
+        if (length->Sint() < 0 || length->Sint() > kMaxLength) return kBadNumber;
+    const char* port = sText::ChildText(aElement, "pPort");
+    if (!port) return kUnacceptable;
+    return mPort.SetName(aRuntime, port);
+}
+
+i4 cMemoryNode::Resolve(cRuntime* aRuntime) {
+    i4 status = pNode::Resolve(aRuntime);
+    if (status == kOk) status = mAddress.Resolve(this, aRuntime, true);
+    if (status == kOk) status = mIndex.Resolve(this, aRuntime, true);
+    if (status == kOk) status = mLength.Resolve(this, aRuntime, true);
+    if (status == kOk) status = mPort.Resolve(this, aRuntime, false);
+    return status;
+}
+
+void cMemoryNode::SetImplemented(bool aImplemented) {
+    if (!mImplementing) {
+        uNest nest;
+        if (nest) {
+            mImplementing = true;
+            if (pNode* n = mAddress.Node()) n->SetImplemented(aImplemented);
+            if (pNode* n = mIndex.Node()) n->SetImplemented(aImplemented);
+            if (pNode* n = mLength.Node()) n->SetImplemented(aImplemented);
+            mImplementing = false;
+        }
+    }
+    SetImplementedBase(aImplemented);
+}
+
+cPortNode* cMemoryNode::PortNode() const {
+    return dynamic_cast<cPortNode*>(mPort.Node());
+}
+
+bool cMemoryNode::IsWriteable(cRuntime* aRuntime) {
+    if (!pNode::IsWriteable(aRuntime)) return false;
+    cPortNode* port = PortNode();
+    if (!port) return false;
+    uNest nest;
+    return nest && port->IsWriteable(aRuntime);
+}
+
+u4 cMemoryNode::Length(cRuntime* aRuntime) {
+    cValue length;
+    if (mLength.Get(this, aRuntime, length) != kOk) return 0;
+    u8 n = length.Uint();
+    return n > kMaxLength ? kMaxLength : static_cast<u4>(n);
+}
+
+i4 cMemoryNode::ComputeAddress(cRuntime* aRuntime, u8& aAddress) {
+    cValue address, index;
+    i4 status = mAddress.Get(this, aRuntime, address);
+    if (status != kOk) return status;
+    if ((status = mIndex.Get(this, aRuntime, index)) != kOk) return status;
+    aAddress = address.Uint() + index.Uint() * static_cast<u8>(mMultiplier);
+    if (mComputed) mComputed->SetUnsigned(aAddress);
+    return kOk;
+}
+
+i4 cMemoryNode::Fetch(cRuntime* aRuntime, u4 aLength, void* aBuffer, u4& aFetched) {
+    aFetched = 0;
+    if (!IsReadable(aRuntime)) return kAccessDenied;
+    u8 address = 0;
+    i4 status = ComputeAddress(aRuntime, address);
+    if (status != kOk) return status;
+    cPortNode* port = PortNode();
+    if (!port) return kNothing;
+    return port->Fetch(aRuntime, address, aLength, aBuffer, aFetched);
+}
+
+i4 cMemoryNode::Store(cRuntime* aRuntime, u4 aLength, const void* aBuffer, u4& aStored) {
+    aStored = 0;
+    if (!IsWriteable(aRuntime)) return kAccessDenied;
+    u8 address = 0;
+    i4 status = ComputeAddress(aRuntime, address);
+    if (status != kOk) return status;
+    cPortNode* port = PortNode();
+    if (!port) return kNothing;
+    if ((status = port->Store(aRuntime, address, aLength, aBuffer, aStored)) != kOk) return status;
+    aRuntime->Propagate(cNotification::kValueChanged, nullptr, nullptr, this);
+    aRuntime->Broadcast(pRegisterNode::kBroadcastMask, cNotification::kMemoryChanged, mComputed, this);
+    return kOk;
+}
+
+void cMemoryNode::OnBroadcast(cRuntime* aRuntime, cNotification* aNotification) {
+    if (!aNotification || aNotification->Type() != cNotification::kMemoryChanged || !aNotification->Value())
+        return;
+    aRuntime->Propagate(cNotification::kValueChanged, nullptr, nullptr, this);
+}
+
+} // namespace gik

@@ -1,0 +1,54 @@
+// gik::cIntegerNode and gik::cFloatNode: typed views over a
+// value, with a range and an increment checked on every set.
+#pragma once
+
+#include "gik/ValueNode.h"
+
+namespace gik {
+
+// The shape both share: Min, Max, Value and Inc references.
+class pNumberNode : public pValueNode {
+public:
+    const char* ClassName() const override { return "pNumberNode"; }
+
+    i4 Resolve(cRuntime* aRuntime) override;
+    i4 GetValue(cRuntime* aRuntime, cValue& aValue, pNode* aOriginator) override;
+    i4 GetRange(cRuntime* aRuntime, cValue& aMinimum, cValue& aMaximum, pNode* aOriginator) override;
+    i4 GetIncrement(cRuntime* aRuntime, cValue& aIncrement, pNode* aOriginator) override;
+
+protected:
+    // The literal kind and the default bounds differ.
+    i4 ParseNumber(cRuntime* aRuntime, const TiXmlElement* aElement, bool aReal);
+
+    tValue mMin;
+    tValue mMax;
+    tValue mInc;
+};
+
+class cIntegerNode : public pNumberNode {
+public:
+    static cIntegerNode* New(cRuntime* aRuntime, const TiXmlElement* aElement) {
+        return Make<cIntegerNode>(aRuntime, aElement);
+    }
+    i4 Initialize(cRuntime* aRuntime, const TiXmlElement* aElement) { return Parse(aRuntime, aElement); }
+    u4 ClassCode() const override { return kTagInteger; }
+    const char* ClassName() const override { return "cIntegerNode"; }
+
+    i4 Parse(cRuntime* aRuntime, const TiXmlElement* aElement) override;
+    i4 SetValue(cRuntime* aRuntime, const cValue* aValue, pNode* aOriginator) override;
+};
+
+class cFloatNode : public pNumberNode {
+public:
+    static cFloatNode* New(cRuntime* aRuntime, const TiXmlElement* aElement) {
+        return Make<cFloatNode>(aRuntime, aElement);
+    }
+    i4 Initialize(cRuntime* aRuntime, const TiXmlElement* aElement) { return Parse(aRuntime, aElement); }
+    u4 ClassCode() const override { return kTagFloat; }
+    const char* ClassName() const override { return "cFloatNode"; }
+
+    i4 Parse(cRuntime* aRuntime, const TiXmlElement* aElement) override;
+    i4 SetValue(cRuntime* aRuntime, const cValue* aValue, pNode* aOriginator) override;
+};
+
+} // namespace gik

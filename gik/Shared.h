@@ -1,0 +1,40 @@
+// Process-wide state of the kernel: one mutex over a string
+// cache, in which every node name, namespace, display name and unit is
+// interned, and over the table of compiled formulas, in which each formula
+// text is compiled once. Built by the first runtime and released with the
+// last one, so that a process that loads and drops documents does not grow.
+#pragma once
+
+#include "gik/Object.h"
+
+namespace llk {
+class cString;
+}
+
+namespace gik {
+
+class cFormula;
+
+class sShared {
+public:
+    // Each runtime attaches once while it lives; false when the state
+    // cannot be built.
+    static bool Attach();
+    static void Detach();
+
+    // The one string object for aText (null counts as ""), owned by the
+    // cache, valid while any runtime is attached; null on failure.
+    static llk::cString* Intern(const char* aText);
+
+    // The compiled formula for aText, retained for the caller; null when it
+    // does not parse (then aError says why, and nothing is stored, so the
+    // failure is reported again next time) or when nothing is attached.
+    static cFormula* Formula(const char* aText, const char** aError);
+
+    // For tests and benchmarks.
+    static u4 InternedCount();
+    static u4 FormulaCount();
+    static u8 CompileCount(); // compilations since the process started
+};
+
+} // namespace gik

@@ -1,0 +1,125 @@
+#include "gik/Text.h"
+
+#include <charconv>
+#include <cmath>
+#include <cstring>
+#include <tinyxml.h>
+
+namespace gik {
+
+bool sText::ReadInteger(const char* aText, i8& aValue) {
+    if (!aText) return false;
+    const char* p = aText;
+    while (IsSpace(*p))
+        ++p;
+    if (p[0] == '0' && (p[1] == 'x' || p[1] == 'X')) {
+        const char* q = p + 2;
+        u8 v = 0;
+        int digits = 0;
+        for (;; ++q, ++digits) {
+            char c = *q;
+            u4 d;
+            if (c >= '0' && c <= '9')
+                d = static_cast<u4>(c - '0');
+            else if (c >= 'a' && c <= 'f')
+                d = static_cast<u4>(c - 'a' + 10);
+            else if (c >= 'A' && c <= 'F')
+                d = static_cast<u4>(c - 'A' + 10);
+            else
+                break;
+            if (v >> 60) return false; // more than 64 bits
+            v = v * 16 + d;
+        }
+        if (digits == 0) return false; // "0x" without digits does not scan
+        aValue = static_cast<i8>(v);
+        return true;
+    }
+    bool negative = false;
+    if (*p == '+' || *p == '-') {
+        negative = *p == '-';
+        ++p;
+    }
+    if (*p < '0' || *p > '9') return false;
+    u8 v = 0;
+    bool over = false;
+    for (; *p >= '0' && *p <= '9'; ++p) {
+        u8 d = static_cast<u8>(*p - '0');
+        if (v > (UINT64_MAX - d) / 10) {
+            over = true;
+            continue;
+        }
+        v = v * 10 + d;
+    }
+    if (negative) {
+        if (over || v > static_cast<u8>(INT64_MAX) + 1)
+            aValue = INT64_MIN;
+        else
+            aValue = static_cast<i8>(0 - v);
+    } else {
+        aValue = (over || v > static_cast<u8>(INT64_MAX)) ? INT64_MAX : static_cast<i8>(v);
+    }
+    return true;
+}
+
+bool sText::ReadReal(const char* aText, double& aValue) {
+    if (!aText) return false;
+    const char* p = aText;
+    while (IsSpace(*p))
+        ++p;
+    if (p[0] == '0' && (p[1] == 'x' || p[1] == 'X')) {
+        i8 v = 0;
+        if (!ReadInteger(p, v)) return false;
+        aValue = static_cast<double>(static_cast<u8>(v));
+        return true;
+    }
+    bool negative = false;
+    if (*p == '+' || *p == '-') {
+        negative = *p == '-';
+        ++p;
+    }
+    if (*p == '+' || *p == '-') return false;
+    const char* end = p + strlen(p);
+    double v = 0.0;
+    auto result = std::from_chars(p, end, v, std::chars_format::general);
+    if (result.ptr == p) return false;
+    if (result.ec == std::errc::result_out_of_range) {
+        // Overflow or underflow, decided by the exponent's sign.
+        const char* e = p;
+        while (e < result.ptr && *e != 'e' && *e != 'E')
+            ++e;
+        v = (e + 1 < result.ptr && e[1] == '-') ? 0.0 : HUGE_VAL;
+    }
+    aValue = negative ? -v : v;
+    return true;
+}
+
+const TiXmlElement* sText::Child(const TiXmlElement* aElement, const char* aName) {
+    return aElement ? aElement->FirstChildElement(aName) : nullptr;
+}
+
+const char* sText::ChildText(const TiXmlElement* aElement, const char* aName) {
+    const TiXmlElement* child = Child(aElement, aName);
+    return child ? Text(child) : nullptr;
+}
+
+const char* sText::Text(const TiXmlElement* aElement) {
+    return aElement ? aElement->GetText() : nullptr;
+}
+
+} // namespace gik
+
+#include "kit/String.h"
+
+namespace gik {
+
+llk::cString* NewOwnedText(const char* aText) {
+    auto* text = new (std::nothrow) llk::cString();
+    if (!text) return nullptr;
+    if (text->Initialize(aText ? aText : "", false) != llk::kOk) {
+        delete text;
+        return nullptr;
+    }
+    return text;
+}
+
+} // namespace gik

@@ -1,0 +1,189 @@
+// Bad input: malformed and deep documents, reference cycles, absurd chains
+// and graphs. Each gets a status; none crashes, hangs or recurses without
+// bound.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <string>
+
+#include "Fixture.h"
+#include "gik/Document.h"
+#include "gik/Nesting.h"
+#include "gik/Shared.h"
+
+using namespace gik;
+
+namespace {
+
+class BadInput : public test::KernelTest {};
+
+std::string IntReg(const char* aName, const char* aAddress) {
+    return std::string("<IntReg Name=\"") + aName + "\"><Address>" + aAddress +
+           "</Address><Length>4</Length><AccessMode>RW</AccessMode><pPort>Device</pPort></IntReg>";
+}
+
+} // namespace
+
+TEST_F(BadInput, DeeplyNestedXmlIsRefused) {
+    std::string deep = "<RegisterDescription>";
+    for (int i = 0; i < 200000; ++i)
+        deep += "<a>";
+    for (int i = 0; i < 200000; ++i)
+        deep += "</a>";
+    deep += "</RegisterDescription>";
+    EXPECT_EQ(mRuntime->Process(deep.c_str(), false, nullptr, false), 101);
+    // Unclosed, too.
+    std::string open(300000, '<');
+    for (size_t i = 1; i < open.size(); i += 2)
+        open[i] = 'b';
+    EXPECT_EQ(mRuntime->Process(open.c_str(), false, nullptr, false), 101);
+}
+
+TEST_F(BadInput, NestingUpToTheLimitIsParsed) {
+    std::string text = "<RegisterDescription><Category Name=\"Root\"/>";
+    for (u4 i = 0; i < sDocument::kMaxNesting - 2; ++i)
+        text += "<Group>";
+    text += "<Integer Name=\"Deep\"><Value>4</Value></Integer>";
+    for (u4 i = 0; i < sDocument::kMaxNesting - 2; ++i)
+        text += "</Group>";
+    text += "</RegisterDescription>";
+    ASSERT_EQ(mRuntime->Process(text.c_str(), false, nullptr, false), 0);
+    ASSERT_EQ(mRuntime->Finalize(), 0);
+    EXPECT_EQ(GetInt("Deep"), 4);
+}
+
+TEST_F(BadInput, GarbageAndCutDocuments) {
+    const char* inputs[] = {
+        "\xEF\xBB\xBF",
+        "<RegisterDescription",
+        "<RegisterDescription><Integer Name=\"A\"><Value>1</Value></Integer>\xE0",
+        "<RegisterDescription a=\"\xF0\"></RegisterDescription>",
+        "<RegisterDescription><![CDATA[",
+        "<RegisterDescription><!-- never closed",
+        "<?xml version=\"1.0\" encoding=\"latin1\"?><RegisterDescription x=\"&#x12345678901234567890;\"/>",
+        "<RegisterDescription>&#xFFFFFFFF;&#0;&amp</RegisterDescription>",
+        "<RegisterDescription/><RegisterDescription/>",
+    };
+    for (const char* input : inputs) {
+        SCOPED_TRACE(input);
+        llk::i4 status = mRuntime->Process(input, false, nullptr, false);
+        EXPECT_TRUE(status == 101 || status == 0) << status;
+    }
+    std::string binary;
+    for (int i = 0; i < 4096; ++i)
+        binary += static_cast<char>((i * 7919) % 255 + 1);
+    EXPECT_EQ(mRuntime->Process(binary.c_str(), false, nullptr, false), 101);
+}
+
+TEST_F(BadInput, ValueReferenceCyclesFailTheirReadsOnly) {
+    ASSERT_EQ(Load("<Integer Name=\"A\"><pValue>B</pValue></Integer>"
+                   "<Integer Name=\"B\"><pValue>A</pValue></Integer>"
+                   "<Integer Name=\"Self\"><pIsAvailable>Self</pIsAvailable><Value>1</Value></Integer>"
+                   "<IntSwissKnife Name=\"K\"><pVariable Name=\"K\">K</pVariable><Formula>K + 1</Formula>"
+                   "</IntSwissKnife>"
+                   "<Integer Name=\"Fine\"><Value>3</Value></Integer>",
+                   "A B Self K Fine"),
+              0);
+    llk::i4 status = 0;
+    GetInt("A", &status);
+    EXPECT_EQ(status, kTooDeep);
+    EXPECT_EQ(SetInt("A", 1), kTooDeep);
+    EXPECT_FALSE(Node("Self")->IsAvailable(mRuntime));
+    GetInt("K", &status);
+    EXPECT_NE(status, 0);
+    EXPECT_EQ(GetInt("Fine"), 3);
+    EXPECT_EQ(uNest::Depth(), 0u);
+    EXPECT_FALSE(Node("A")->IsNoCache(mRuntime));
+    Node("A")->Target(mRuntime);
+    Node("A")->HasInvalidators(mRuntime);
+}
+
+TEST_F(BadInput, LongChainsAreBounded) {
+    // 20000 Integers, each the value of the next, and each the invalidator
+    // of the next: reads stop at the depth bound, walks keep their own stack.
+    std::string nodes = "<Integer Name=\"N0\"><Value>5</Value></Integer>";
+    for (int i = 1; i < 20000; ++i)
+        nodes += "<Integer Name=\"N" + std::to_string(i) + "\"><pValue>N" + std::to_string(i - 1) +
+                 "</pValue><pInvalidator>N" + std::to_string(i - 1) + "</pInvalidator></Integer>";
+    ASSERT_EQ(Load(nodes, "N0 N19999"), 0);
+    llk::i4 status = 0;
+    EXPECT_EQ(GetInt("N100"), 5);
+    GetInt("N19999", &status);
+    EXPECT_EQ(status, kTooDeep);
+    ASSERT_EQ(SetInt("N0", 6), 0);
+    EXPECT_EQ(mRuntime->Poked()->Count(), 1u); // only N19999 is a feature
+    llk::cObjectList* affected = llk::cObjectList::New(32, false);
+    ASSERT_EQ(Node("N0")->Affected(mRuntime, affected), 0);
+    EXPECT_EQ(affected->Count(), 19999u);
+}
+
+TEST_F(BadInput, SharedBranchesAreNotWalkedExponentially) {
+    // Each knife reads the next one twice: 2^60 reads without a bound.
+    cRuntime* runtime = cRuntime::New(true); // no cache to cut it short
+    runtime->AttachPort("Device", mPort);
+    std::string nodes = "<Integer Name=\"K60\"><Value>1</Value></Integer>";
+    for (int i = 0; i < 60; ++i) {
+        std::string next = "K" + std::to_string(i + 1);
+        nodes += "<IntSwissKnife Name=\"K" + std::to_string(i) + "\"><pVariable Name=\"A\">" + next +
+                 "</pVariable><pVariable Name=\"B\">" + next + "</pVariable><Formula>A + B</Formula></IntSwissKnife>";
+    }
+    ASSERT_EQ(runtime->Process(test::Document(nodes, "K0").c_str(), false, nullptr, false), 0);
+    auto start = std::chrono::steady_clock::now();
+    ASSERT_EQ(runtime->Finalize(), 0);
+    cValue v;
+    EXPECT_NE(runtime->SeekNode("K0", false)->GetValue(runtime, v, nullptr), 0);
+    runtime->SeekNode("K0", false)->IsNoCache(runtime);
+    runtime->SeekNode("K0", false)->PollingTime();
+    double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    EXPECT_LT(seconds, 5.0);
+    // With the cache, every knife is read once.
+    ASSERT_EQ(mRuntime->Process(test::Document(nodes, "K0").c_str(), false, nullptr, false), 0);
+    ASSERT_EQ(mRuntime->Finalize(), 0);
+    EXPECT_EQ(GetInt("K50"), 1024);
+}
+
+TEST_F(BadInput, AbsurdNumbersInTheDocument) {
+    EXPECT_EQ(Load("<Integer Name=\"A\"><Value>0x1FFFFFFFFFFFFFFFF</Value></Integer>", "A"), 101);
+    EXPECT_EQ(Load("<Integer Name=\"B\"><Value>twelve</Value></Integer>", "B"), 101);
+    EXPECT_EQ(Load("<Integer Name=\"C\"><PollingTime>soon</PollingTime></Integer>", "C"), 101);
+    EXPECT_EQ(Load("<IntReg Name=\"D\"><Address>0</Address><pIndex Offset=\"-1\">C</pIndex><Length>4</Length>"
+                   "<pPort>Device</pPort></IntReg>",
+                   "D"),
+              101);
+    // Saturating decimal numbers scan.
+    ASSERT_EQ(Load("<Integer Name=\"E\"><Value>99999999999999999999999</Value></Integer>", "E"), 0);
+    EXPECT_EQ(GetInt("E"), INT64_MAX);
+}
+
+TEST_F(BadInput, RegisterOnANodeThatIsNoPort) {
+    ASSERT_EQ(Load("<IntReg Name=\"R\"><Address>0</Address><Length>4</Length><pPort>A</pPort></IntReg>"
+                   "<Integer Name=\"A\"><pValue>R</pValue></Integer>",
+                   "A"),
+              0);
+    llk::i4 status = 0;
+    GetInt("A", &status);
+    EXPECT_EQ(status, 5);
+}
+
+TEST_F(BadInput, UnattachedPortFailsTransfersOnly) {
+    ASSERT_TRUE(mRuntime->RemovePort("Device"));
+    ASSERT_EQ(Load("<Integer Name=\"A\"><pValue>R</pValue></Integer>" + IntReg("R", "0"), "A"), 0);
+    llk::i4 status = 0;
+    GetInt("A", &status);
+    EXPECT_EQ(status, 5);
+    EXPECT_EQ(SetInt("A", 1), 106); // no port: not writeable
+}
+
+TEST_F(BadInput, ManyDocumentsDoNotGrowTheSharedTable) {
+    for (int round = 0; round < 50; ++round) {
+        llk::uAutoreleasePool pool;
+        cRuntime* runtime = cRuntime::New(false);
+        std::string nodes;
+        for (int i = 0; i < 20; ++i)
+            nodes += "<IntSwissKnife Name=\"K" + std::to_string(i) + "\"><Formula>" + std::to_string(round) +
+                     " + " + std::to_string(i) + "</Formula></IntSwissKnife>";
+        EXPECT_EQ(runtime->Process(test::Document(nodes, "K0").c_str(), false, nullptr, false), 0);
+    }
+    // Every runtime of the rounds is gone; the fixture's own stays.
+    EXPECT_LT(sShared::FormulaCount(), 300u);
+}

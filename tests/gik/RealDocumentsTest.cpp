@@ -1,0 +1,121 @@
+// The real devices' documents: each loads or is refused as the kernel's
+// rules say, and for those that load every feature can be listed and every
+// readable one read over a zero-filled port without a crash.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "Fixture.h"
+#include "gik/EnumNode.h"
+
+using namespace gik;
+
+namespace {
+
+struct tReadSummary {
+    int features = 0;
+    int readable = 0;
+    int read = 0;
+    int failed = 0;
+};
+
+tReadSummary ReadEverything(cRuntime* aRuntime) {
+    tReadSummary s;
+    llk::cObjectList* nodes = aRuntime->Nodes();
+    for (llk::u4 i = 0; i < nodes->Count(); ++i) {
+        auto* node = static_cast<pNode*>(nodes->AtIndex(i));
+        ++s.features;
+        EXPECT_NE(node->Name(false), nullptr);
+        EXPECT_NE(node->GetPath(), nullptr);
+        node->Name(true);
+        node->Help(true);
+        node->Help(false);
+        node->Unit();
+        node->NameSpace();
+        node->Representation();
+        node->Visibility();
+        node->PollingTime();
+        node->IsWriteable(aRuntime);
+        node->IsNoCache(aRuntime);
+        node->IsWriteAround(aRuntime);
+        node->HasInvalidators(aRuntime);
+        node->IsStreamable(aRuntime);
+        llk::uAutoreleasePool pool;
+        llk::cObjectList* affected = llk::cObjectList::New(32, false);
+        EXPECT_EQ(node->Affected(aRuntime, affected), 0);
+        llk::cObjectList* selected = llk::cObjectList::New(32, false);
+        EXPECT_EQ(node->Selected(aRuntime, selected), 0);
+        if (!node->IsReadable(aRuntime)) continue;
+        ++s.readable;
+        cValue value, minimum, maximum, increment;
+        llk::i4 status = node->GetValue(aRuntime, value, nullptr);
+        if (status == 0) {
+            ++s.read;
+        } else {
+            ++s.failed;
+            if (getenv("GIK_VERBOSE"))
+                printf("  %s (%s): %d\n", node->NameText(), node->ClassName(), status);
+        }
+        node->GetRange(aRuntime, minimum, maximum, nullptr);
+        node->GetIncrement(aRuntime, increment, nullptr);
+        if (node->ClassType() == pNode::kTagEnumeration) {
+            llk::cObjectList* entries = nullptr;
+            auto* e = static_cast<cEnumNode*>(node);
+            EXPECT_EQ(e->GetRange(aRuntime, entries, nullptr), 0);
+            for (llk::u4 k = 0; entries && k < entries->Count(); ++k) {
+                auto* name = static_cast<cValue*>(entries->AtIndex(k));
+                llk::i8 asInteger = 0;
+                bool available = false;
+                e->GetValueAsInteger(aRuntime, *name, asInteger);
+                e->IsValueAvailable(aRuntime, *name, available);
+            }
+        }
+    }
+    return s;
+}
+
+class RealDocuments : public ::testing::Test {
+protected:
+    llk::uAutoreleasePool mPool;
+};
+
+struct tExpectation {
+    const char* file;
+    llk::i4 process;  // status of Process
+    llk::i4 finalize; // status of Finalize, when Process succeeded
+};
+
+const tExpectation kDocuments[] = {
+    {"aravis_fake_camera.xml", 0, 0},
+    {"TIS_dmk_33GX174.xml", 0, 0},
+    {"Teledyne_ShadoBox.xml", 0, 0},
+    // An IntReg of Length 1: one-byte registers are refused, so the node
+    // cannot be made and the document is not acceptable.
+    {"Sony_CVC_EH6300.xml", 101, 0},
+};
+
+} // namespace
+
+TEST_F(RealDocuments, EachLoadsOrIsRefused) {
+    for (const tExpectation& e : kDocuments) {
+        SCOPED_TRACE(e.file);
+        cRuntime* runtime = cRuntime::New(false);
+        ASSERT_NE(runtime, nullptr);
+        test::cMemoryPort* port = test::cMemoryPort::New(true);
+        runtime->AttachPort("Device", port);
+        runtime->AttachPort("TLDevice", port);
+        runtime->Prepare();
+        std::string path = test::TestDataDir() + e.file;
+        llk::i4 status = runtime->Process(path.c_str(), true, nullptr, false);
+        EXPECT_EQ(status, e.process);
+        if (status != 0) continue;
+        EXPECT_EQ(runtime->Finalize(), e.finalize);
+        tReadSummary s = ReadEverything(runtime);
+        printf("%s: %d features, %d readable, %d read, %d failed reads\n", e.file, s.features, s.readable,
+               s.read, s.failed);
+        EXPECT_GT(s.features, 0);
+    }
+}
