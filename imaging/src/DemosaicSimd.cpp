@@ -1,0 +1,232 @@
+#include "DemosaicSimd.h"
+
+#include <immintrin.h>
+
+namespace img {
+
+bool HaveSsse3() {
+    static const bool have = __builtin_cpu_supports("ssse3");
+    return have;
+}
+
+namespace {
+
+// The even and the odd bytes of 32 samples.
+__attribute__((target("ssse3"))) inline void Split(const uint8_t* p, __m128i& aEven,
+                                                   __m128i& aOdd) {
+    const __m128i lo = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+    const __m128i hi = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 16));
+    const __m128i mask = _mm_set1_epi16(0x00FF);
+    aEven = _mm_packus_epi16(_mm_and_si128(lo, mask), _mm_and_si128(hi, mask));
+    aOdd = _mm_packus_epi16(_mm_srli_epi16(lo, 8), _mm_srli_epi16(hi, 8));
+}
+
+// (u + v) >> 1 per byte, rounding down like the plain form.
+__attribute__((target("ssse3"))) inline __m128i Mean(__m128i u, __m128i v) {
+    const __m128i half = _mm_and_si128(_mm_srli_epi16(_mm_xor_si128(u, v), 1), _mm_set1_epi8(0x7F));
+    return _mm_add_epi8(_mm_and_si128(u, v), half);
+}
+
+// Three planes of 16 pixels into 48 interleaved bytes: c0, c1, c2 per pixel.
+__attribute__((target("ssse3"))) inline void Interleave(uint8_t* out, __m128i c0, __m128i c1,
+                                                        __m128i c2) {
+    alignas(16) static const int8_t kMasks[3][3][16] = {
+        // For each output block k and plane c: the plane index of each byte, or -1.
+        {{0, -1, -1, 1, -1, -1, 2, -1, -1, 3, -1, -1, 4, -1, -1, 5},
+         {-1, 0, -1, -1, 1, -1, -1, 2, -1, -1, 3, -1, -1, 4, -1, -1},
+         {-1, -1, 0, -1, -1, 1, -1, -1, 2, -1, -1, 3, -1, -1, 4, -1}},
+        {{-1, -1, 6, -1, -1, 7, -1, -1, 8, -1, -1, 9, -1, -1, 10, -1},
+         {5, -1, -1, 6, -1, -1, 7, -1, -1, 8, -1, -1, 9, -1, -1, 10},
+         {-1, 5, -1, -1, 6, -1, -1, 7, -1, -1, 8, -1, -1, 9, -1, -1}},
+        {{-1, 11, -1, -1, 12, -1, -1, 13, -1, -1, 14, -1, -1, 15, -1, -1},
+         {-1, -1, 11, -1, -1, 12, -1, -1, 13, -1, -1, 14, -1, -1, 15, -1},
+         {10, -1, -1, 11, -1, -1, 12, -1, -1, 13, -1, -1, 14, -1, -1, 15}},
+    };
+    const __m128i planes[3] = {c0, c1, c2};
+    for (int k = 0; k < 3; ++k) {
+        __m128i block = _mm_setzero_si128();
+        for (int c = 0; c < 3; ++c)
+            block = _mm_or_si128(
+                block,
+                _mm_shuffle_epi8(planes[c],
+                                 _mm_load_si128(reinterpret_cast<const __m128i*>(kMasks[k][c]))));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 16 * k), block);
+    }
+}
+
+} // namespace
+
+__attribute__((target("ssse3"))) uint32_t Line3Ssse3(uint8_t* aDest, const uint8_t* l0,
+                                                     const uint8_t* l1, uint32_t aWidth, int aEven,
+                                                     bool aBgr) {
+    uint32_t x = 0;
+    // Each step reads samples [x, x + 34) and writes pixels [x, x + 32).
+    for (; x + 34 <= aWidth; x += 32) {
+        __m128i A, B, E, Bn, C, D, F, Dn;
+        Split(l0 + x, A, B);
+        Split(l0 + x + 2, E, Bn);
+        Split(l1 + x, C, D);
+        Split(l1 + x + 2, F, Dn);
+        (void)Bn, (void)Dn;
+        __m128i r0, g0, b0, r1, g1, b1;
+        switch (aEven) {
+        case 0:
+            r0 = A, g0 = Mean(B, C), b0 = D, r1 = E, g1 = Mean(B, F), b1 = D;
+            break;
+        case 1:
+            r0 = C, g0 = Mean(A, D), b0 = B, r1 = F, g1 = Mean(E, D), b1 = B;
+            break;
+        case 2:
+            r0 = B, g0 = Mean(A, D), b0 = C, r1 = B, g1 = Mean(E, D), b1 = F;
+            break;
+        default:
+            r0 = D, g0 = Mean(B, C), b0 = A, r1 = D, g1 = Mean(B, F), b1 = E;
+            break;
+        }
+        // Pixels 2i and 2i + 1 of the pair planes, in order.
+        const __m128i rLo = _mm_unpacklo_epi8(r0, r1), rHi = _mm_unpackhi_epi8(r0, r1);
+        const __m128i gLo = _mm_unpacklo_epi8(g0, g1), gHi = _mm_unpackhi_epi8(g0, g1);
+        const __m128i bLo = _mm_unpacklo_epi8(b0, b1), bHi = _mm_unpackhi_epi8(b0, b1);
+        uint8_t* out = aDest + 3 * x;
+        if (aBgr) {
+            Interleave(out, bLo, gLo, rLo);
+            Interleave(out + 48, bHi, gHi, rHi);
+        } else {
+            Interleave(out, rLo, gLo, bLo);
+            Interleave(out + 48, rHi, gHi, bHi);
+        }
+    }
+    return x;
+}
+
+} // namespace img
+
+namespace img {
+
+// Four groups of three bytes (two 12-bit pixels each) give eight upper bytes.
+__attribute__((target("ssse3"))) size_t Packed12To8Ssse3(uint8_t* aDest, const uint8_t* aSource,
+                                                         size_t aPixels) {
+    const __m128i pick = _mm_setr_epi8(0, 2, 3, 5, 6, 8, 9, 11, -1, -1, -1, -1, -1, -1, -1, -1);
+    size_t i = 0;
+    // Each step reads 52 bytes (48 used) and writes 32 pixels.
+    for (; i + 32 <= aPixels && (i + 32) / 2 * 3 + 4 <= aPixels / 2 * 3; i += 32, aSource += 48) {
+        const __m128i a =
+            _mm_shuffle_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(aSource)), pick);
+        const __m128i b =
+            _mm_shuffle_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(aSource + 12)), pick);
+        const __m128i c =
+            _mm_shuffle_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(aSource + 24)), pick);
+        const __m128i d =
+            _mm_shuffle_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(aSource + 36)), pick);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(aDest + i), _mm_unpacklo_epi64(a, b));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(aDest + i + 16), _mm_unpacklo_epi64(c, d));
+    }
+    return i;
+}
+
+} // namespace img
+
+namespace img {
+
+namespace {
+
+// 16 bytes widened to two halves of eight 16-bit lanes.
+struct tWide {
+    __m128i lo, hi;
+};
+
+__attribute__((target("ssse3"))) inline tWide Widen(__m128i v) {
+    const __m128i zero = _mm_setzero_si128();
+    return {_mm_unpacklo_epi8(v, zero), _mm_unpackhi_epi8(v, zero)};
+}
+
+__attribute__((target("ssse3"))) inline tWide Add(tWide a, tWide b) {
+    return {_mm_add_epi16(a.lo, b.lo), _mm_add_epi16(a.hi, b.hi)};
+}
+
+__attribute__((target("ssse3"))) inline __m128i Narrow(tWide a, int aShift) {
+    return _mm_packus_epi16(_mm_srli_epi16(a.lo, aShift), _mm_srli_epi16(a.hi, aShift));
+}
+
+__attribute__((target("ssse3"))) inline __m128i Quarter(__m128i a, __m128i b, __m128i c,
+                                                        __m128i d) {
+    return Narrow(Add(Add(Widen(a), Widen(b)), Add(Widen(c), Widen(d))), 2);
+}
+
+__attribute__((target("ssse3"))) inline __m128i Half(__m128i a, __m128i b) {
+    const __m128i half = _mm_and_si128(_mm_srli_epi16(_mm_xor_si128(a, b), 1), _mm_set1_epi8(0x7F));
+    return _mm_add_epi8(_mm_and_si128(a, b), half);
+}
+
+// The three colours of 16 sites of one kind.
+struct tSites {
+    __m128i r, g, b;
+};
+
+// A red or blue site: itself, the cross of greens, the corners of the other colour.
+__attribute__((target("ssse3"))) inline tSites ColourSite(bool aRed, __m128i c, __m128i up,
+                                                          __m128i down, __m128i left, __m128i right,
+                                                          __m128i ul, __m128i ur, __m128i ll,
+                                                          __m128i lr) {
+    const __m128i g = Quarter(up, down, left, right), other = Quarter(ul, ur, ll, lr);
+    return aRed ? tSites{c, g, other} : tSites{other, g, c};
+}
+
+// A green site: its own colour twice with the anti-diagonal; the line's
+// colour from left and right, the other from up and down.
+__attribute__((target("ssse3"))) inline tSites GreenSite(bool aRedLine, __m128i c, __m128i up,
+                                                         __m128i down, __m128i left, __m128i right,
+                                                         __m128i ll, __m128i ur) {
+    const __m128i g = Narrow(Add(Add(Widen(c), Widen(c)), Add(Widen(ll), Widen(ur))), 2);
+    const __m128i across = Half(left, right), along = Half(up, down);
+    return aRedLine ? tSites{across, g, along} : tSites{along, g, across};
+}
+
+} // namespace
+
+__attribute__((target("ssse3"))) uint32_t Line3x3Ssse3(uint8_t* aDest, const uint8_t* u,
+                                                       const uint8_t* m, const uint8_t* l,
+                                                       uint32_t aWidth, uint32_t aEvenColour,
+                                                       bool aRedLine, bool aBgr) {
+    // Pairs (x, x + 1) from x = 2: each step reads samples [x - 2, x + 34) of three lines.
+    uint32_t x = 2;
+    for (; x + 34 <= aWidth; x += 32) {
+        __m128i mE, mO, mEl, mOl, mEr, mOr, uE, uO, uEl, uOl, uEr, uOr, lE, lO, lEl, lOl, lEr, lOr;
+        Split(m + x, mE, mO);
+        Split(m + x - 2, mEl, mOl);
+        Split(m + x + 2, mEr, mOr);
+        Split(u + x, uE, uO);
+        Split(u + x - 2, uEl, uOl);
+        Split(u + x + 2, uEr, uOr);
+        Split(l + x, lE, lO);
+        Split(l + x - 2, lEl, lOl);
+        Split(l + x + 2, lEr, lOr);
+        (void)mEl, (void)mOr, (void)uEl, (void)uOr, (void)lEl, (void)lOr;
+        // Even sites: left M[x-1], right M[x+1]; odd sites: left M[x], right M[x+2].
+        tSites even, odd;
+        if (aEvenColour != 1) {
+            even = ColourSite(aEvenColour == 0, mE, uE, lE, mOl, mO, uOl, uO, lOl, lO);
+            odd = GreenSite(aRedLine, mO, uO, lO, mE, mEr, lE, uEr);
+        } else {
+            even = GreenSite(aRedLine, mE, uE, lE, mOl, mO, lOl, uO);
+            odd = ColourSite(aRedLine, mO, uO, lO, mE, mEr, uE, uEr, lE, lEr);
+        }
+        const __m128i rLo = _mm_unpacklo_epi8(even.r, odd.r),
+                      rHi = _mm_unpackhi_epi8(even.r, odd.r);
+        const __m128i gLo = _mm_unpacklo_epi8(even.g, odd.g),
+                      gHi = _mm_unpackhi_epi8(even.g, odd.g);
+        const __m128i bLo = _mm_unpacklo_epi8(even.b, odd.b),
+                      bHi = _mm_unpackhi_epi8(even.b, odd.b);
+        uint8_t* out = aDest + 3 * x;
+        if (aBgr) {
+            Interleave(out, bLo, gLo, rLo);
+            Interleave(out + 48, bHi, gHi, rHi);
+        } else {
+            Interleave(out, rLo, gLo, bLo);
+            Interleave(out + 48, rHi, gHi, bHi);
+        }
+    }
+    return x;
+}
+
+} // namespace img

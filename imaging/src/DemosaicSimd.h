@@ -1,0 +1,27 @@
+// A vector form of the 2x2 demosaic into three-byte pixels, for processors
+// with SSSE3; it gives the same bytes as the plain form.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace img {
+
+bool HaveSsse3();
+
+// Writes pixels [0, return value) of one output line (a multiple of 32, never
+// the last pair); aEven is the line's even phase, aBgr the byte order.
+uint32_t Line3Ssse3(uint8_t* aDest, const uint8_t* l0, const uint8_t* l1, uint32_t aWidth,
+                    int aEven, bool aBgr);
+
+// "3x3" for one interior line (lines u, m, l): writes pixels [2, return value)
+// of the line. aEvenColour is the colour of the line's even sites (0 red,
+// 1 green, 2 blue); aRedLine says whether the line holds red samples.
+uint32_t Line3x3Ssse3(uint8_t* aDest, const uint8_t* u, const uint8_t* m, const uint8_t* l,
+                      uint32_t aWidth, uint32_t aEvenColour, bool aRedLine, bool aBgr);
+
+// The upper eight bits of 12-bit packed pixels; returns how many pixels it
+// wrote (a multiple of 32), reading only inside the source.
+size_t Packed12To8Ssse3(uint8_t* aDest, const uint8_t* aSource, size_t aPixels);
+
+} // namespace img
