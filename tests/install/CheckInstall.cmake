@@ -1,0 +1,22 @@
+# Installs the build tree into a scratch prefix, builds a consumer against it and
+# runs it: -DBUILD=<build tree> -DSOURCE=<consumer folder> -DWORK=<scratch folder>
+# -DLIBDIR=<library folder below the prefix>.
+file(REMOVE_RECURSE ${WORK})
+function(run)
+  execute_process(COMMAND ${ARGN} RESULT_VARIABLE rc OUTPUT_VARIABLE out ERROR_VARIABLE out)
+  if(NOT rc EQUAL 0)
+    message(FATAL_ERROR "${ARGN} failed (${rc}):\n${out}")
+  endif()
+  set(last_output "${out}" PARENT_SCOPE)
+endfunction()
+run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${WORK}/prefix)
+set(ENV{PKG_CONFIG_PATH} ${WORK}/prefix/${LIBDIR}/pkgconfig)
+run(${CMAKE_COMMAND} -S ${SOURCE} -B ${WORK}/consumer -G Ninja -DCMAKE_PREFIX_PATH=${WORK}/prefix)
+run(${CMAKE_COMMAND} --build ${WORK}/consumer)
+foreach(program consumer_cmake consumer_pkgconfig)
+  run(${WORK}/consumer/${program})
+  if(NOT last_output MATCHES "^Tavik [0-9]+\\.[0-9]+\\.[0-9]+")
+    message(FATAL_ERROR "${program} printed: ${last_output}")
+  endif()
+endforeach()
+run(${WORK}/prefix/bin/tavik version)
