@@ -1,4 +1,6 @@
 // The GenTL entry points of TavikSim.cti.
+#include <dlfcn.h>
+
 #include <cstring>
 #include <sstream>
 
@@ -46,6 +48,35 @@ GC_ERROR CopyText(const std::string& aText, char* aBuffer, size_t* aSize) {
     return GC_ERR_SUCCESS;
 }
 
+// Systems and interfaces answer count and index calls from the list the consumer
+// saw at its last update, not from the live topology.
+GC_ERROR UpdateListed(std::vector<std::string>& aListed, std::vector<std::string> aNow,
+                      bool8_t* aChanged) {
+    if (aChanged) *aChanged = aNow != aListed;
+    aListed = std::move(aNow);
+    return GC_ERR_SUCCESS;
+}
+
+GC_ERROR CountListed(const std::vector<std::string>& aListed, uint32_t* aCount) {
+    if (!aCount) return GC_ERR_INVALID_PARAMETER;
+    *aCount = static_cast<uint32_t>(aListed.size());
+    return GC_ERR_SUCCESS;
+}
+
+GC_ERROR ListedId(const std::vector<std::string>& aListed, uint32_t aIndex, char* aBuffer,
+                  size_t* aSize) {
+    if (aIndex >= aListed.size()) return GC_ERR_INVALID_INDEX;
+    return CopyText(aListed[aIndex], aBuffer, aSize);
+}
+
+// The path this module was loaded from, for TL_INFO_PATHNAME.
+std::string ModulePath() {
+    Dl_info info{};
+    if (dladdr(reinterpret_cast<void*>(&ModulePath), &info) && info.dli_fname)
+        return info.dli_fname;
+    return "TavikSim.cti";
+}
+
 GC_ERROR TlInfo(TL_INFO_CMD aCommand, INFO_DATATYPE* aType, void* aBuffer, size_t* aSize) {
     tProducer& p = Producer();
     std::string tlType = p.system ? p.system->Topology().tlType : LoadTopology().tlType;
@@ -63,7 +94,7 @@ GC_ERROR TlInfo(TL_INFO_CMD aCommand, INFO_DATATYPE* aType, void* aBuffer, size_
     case TL_INFO_NAME:
         return ReplyText("TavikSim.cti", aType, aBuffer, aSize);
     case TL_INFO_PATHNAME:
-        return ReplyText("TavikSim.cti", aType, aBuffer, aSize);
+        return ReplyText(ModulePath(), aType, aBuffer, aSize);
     case TL_INFO_DISPLAYNAME:
         return ReplyText("Tavik camera simulator", aType, aBuffer, aSize);
     case TL_INFO_CHAR_ENCODING:
@@ -261,25 +292,19 @@ GC_API TLUpdateInterfaceList(TL_HANDLE hTL, bool8_t* pbChanged, uint64_t iTimeou
     std::vector<std::string> now;
     for (auto& interface : system->Interfaces())
         now.push_back(interface->Config().id);
-    if (pbChanged) *pbChanged = now != system->listed;
-    system->listed = now;
-    return GC_ERR_SUCCESS;
+    return UpdateListed(system->listed, std::move(now), pbChanged);
 }
 
 GC_API TLGetNumInterfaces(TL_HANDLE hTL, uint32_t* piNumIfaces) {
     ENTER("TLGetNumInterfaces");
     CHECK(hTL, tKind::kSystem);
-    if (!piNumIfaces) return GC_ERR_INVALID_PARAMETER;
-    *piNumIfaces = static_cast<uint32_t>(static_cast<System*>(hTL)->listed.size());
-    return GC_ERR_SUCCESS;
+    return CountListed(static_cast<System*>(hTL)->listed, piNumIfaces);
 }
 
 GC_API TLGetInterfaceID(TL_HANDLE hTL, uint32_t iIndex, char* sID, size_t* piSize) {
     ENTER("TLGetInterfaceID");
     CHECK(hTL, tKind::kSystem);
-    System* system = static_cast<System*>(hTL);
-    if (iIndex >= system->listed.size()) return GC_ERR_INVALID_INDEX;
-    return CopyText(system->listed[iIndex], sID, piSize);
+    return ListedId(static_cast<System*>(hTL)->listed, iIndex, sID, piSize);
 }
 
 GC_API TLGetInterfaceInfo(TL_HANDLE hTL, const char* sIfaceID, INTERFACE_INFO_CMD iInfoCmd,
@@ -331,25 +356,19 @@ GC_API IFUpdateDeviceList(IF_HANDLE hIface, bool8_t* pbChanged, uint64_t iTimeou
     std::vector<std::string> now;
     for (Device* device : interface->Visible())
         now.push_back(device->Config().id);
-    if (pbChanged) *pbChanged = now != interface->listed;
-    interface->listed = now;
-    return GC_ERR_SUCCESS;
+    return UpdateListed(interface->listed, std::move(now), pbChanged);
 }
 
 GC_API IFGetNumDevices(IF_HANDLE hIface, uint32_t* piNumDevices) {
     ENTER("IFGetNumDevices");
     CHECK(hIface, tKind::kInterface);
-    if (!piNumDevices) return GC_ERR_INVALID_PARAMETER;
-    *piNumDevices = static_cast<uint32_t>(static_cast<Interface*>(hIface)->listed.size());
-    return GC_ERR_SUCCESS;
+    return CountListed(static_cast<Interface*>(hIface)->listed, piNumDevices);
 }
 
 GC_API IFGetDeviceID(IF_HANDLE hIface, uint32_t iIndex, char* sIDeviceID, size_t* piSize) {
     ENTER("IFGetDeviceID");
     CHECK(hIface, tKind::kInterface);
-    auto* interface = static_cast<Interface*>(hIface);
-    if (iIndex >= interface->listed.size()) return GC_ERR_INVALID_INDEX;
-    return CopyText(interface->listed[iIndex], sIDeviceID, piSize);
+    return ListedId(static_cast<Interface*>(hIface)->listed, iIndex, sIDeviceID, piSize);
 }
 
 GC_API IFGetDeviceInfo(IF_HANDLE hIface, const char* sDeviceID, DEVICE_INFO_CMD iInfoCmd,
