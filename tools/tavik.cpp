@@ -29,23 +29,32 @@ TvkError_t Start() {
     return status;
 }
 
+// Prints why a list call failed; true when it succeeded.
+bool Listed(const char* aWhat, TvkError_t aStatus) {
+    if (aStatus == TvkErrorSuccess) return true;
+    printf("%s: %s (%d)\n", aWhat, ErrorText(aStatus), aStatus);
+    return false;
+}
+
 int List() {
     if (Start() != TvkErrorSuccess) return 1;
     uint32_t count = 0;
-    TvkInterfacesList(nullptr, 0, &count, sizeof(TvkInterfaceInfo_t));
-    std::vector<TvkInterfaceInfo_t> interfaces(count);
-    if (count) TvkInterfacesList(interfaces.data(), count, &count, sizeof(TvkInterfaceInfo_t));
-    printf("%u interface(s)\n", count);
-    for (uint32_t i = 0; i < count; ++i)
-        printf("  %s  %s\n", interfaces[i].idString, interfaces[i].name);
+    if (Listed("interfaces", TvkInterfacesList(nullptr, 0, &count, sizeof(TvkInterfaceInfo_t)))) {
+        std::vector<TvkInterfaceInfo_t> interfaces(count);
+        if (count) TvkInterfacesList(interfaces.data(), count, &count, sizeof(TvkInterfaceInfo_t));
+        printf("%u interface(s)\n", count);
+        for (uint32_t i = 0; i < count; ++i)
+            printf("  %s  %s\n", interfaces[i].idString, interfaces[i].name);
+    }
     count = 0;
-    TvkCamerasList(nullptr, 0, &count, sizeof(TvkCameraInfo_t));
-    std::vector<TvkCameraInfo_t> cameras(count);
-    if (count) TvkCamerasList(cameras.data(), count, &count, sizeof(TvkCameraInfo_t));
-    printf("%u camera(s)\n", count);
-    for (uint32_t i = 0; i < count; ++i)
-        printf("  %s  %s %s (serial %s) on %s\n", cameras[i].idString, cameras[i].name,
-               cameras[i].model, cameras[i].serialNumber, cameras[i].interfaceID);
+    if (Listed("cameras", TvkCamerasList(nullptr, 0, &count, sizeof(TvkCameraInfo_t)))) {
+        std::vector<TvkCameraInfo_t> cameras(count);
+        if (count) TvkCamerasList(cameras.data(), count, &count, sizeof(TvkCameraInfo_t));
+        printf("%u camera(s)\n", count);
+        for (uint32_t i = 0; i < count; ++i)
+            printf("  %s  %s %s (serial %s) on %s\n", cameras[i].idString, cameras[i].name,
+                   cameras[i].model, cameras[i].serialNumber, cameras[i].interfaceID);
+    }
     TvkShutdown();
     return 0;
 }

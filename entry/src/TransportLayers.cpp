@@ -3,6 +3,7 @@
 #include <cstring>
 #include <string>
 
+#include "engine/Aggregate.h"
 #include "engine/Global.h"
 #include "kit/Directory.h"
 #include "kit/Env.h"
@@ -21,7 +22,12 @@ llk::i4 cGenTL::Initialize(const char* aPath) {
 }
 
 cGenTL::~cGenTL() {
+    llk::ReleaseAndClear(mAggregate);
     llk::ReleaseAndClear(mPath);
+}
+
+void cGenTL::SetAggregate(tvk::cAggregate* aAggregate) {
+    llk::Assign(mAggregate, aAggregate);
 }
 
 void ScanTLs(llk::cObjectMap* aMap, const char* aDirectory) {
@@ -53,6 +59,24 @@ llk::cObjectList* SplitPaths(const char* aPath) {
     return list;
 }
 
+bool MakeTLs(llk::cObjectMap* aMap, tvk::cGlobal* aGlobal) {
+    bool any = false;
+    for (llk::u4 i = 0; i < aMap->Count(); ++i) {
+        auto* tl = static_cast<cGenTL*>(aMap->AtIndex(i));
+        tl->SetAggregate(tvk::cAggregate::New(tl->GetPath()->Chars(), aGlobal));
+        any = any || tl->GetAggregate();
+    }
+    return any;
+}
+
+namespace {
+// Releasing an aggregate stops its threads and closes and unloads its producer.
+void ReleaseAggregates(llk::cObjectMap* aMap) {
+    for (llk::u4 i = 0; i < aMap->Count(); ++i)
+        static_cast<cGenTL*>(aMap->AtIndex(i))->SetAggregate(nullptr);
+}
+} // namespace
+
 TvkError_t StartTransportLayers(tLocalData& aLocal) {
     char* searchPath = llk::sEnv::GetEnvVariable(kSearchPathVariable);
     aLocal.global->Disable(false);
@@ -64,13 +88,30 @@ TvkError_t StartTransportLayers(tLocalData& aLocal) {
                     static_cast<llk::cString*>(entries->AtIndex(i))->Chars());
     }
     llk::sEnv::Free(searchPath);
-    // No producer can be bound yet: a start finds no transport layer.
-    aLocal.global->Disable(true);
-    return TvkErrorNoTL;
+    TvkError_t status = TvkErrorSuccess;
+    if (!MakeTLs(aLocal.transportLayers, aLocal.global)) {
+        status = TvkErrorNoTL;
+    } else {
+        // The Supervisor's aggregate: its actors need no producer.
+        aLocal.supervisorAggregate = llk::Retained(tvk::cAggregate::New(aLocal.global));
+        if (!aLocal.supervisorAggregate) status = llk::kNoMemory;
+    }
+    if (status != TvkErrorSuccess) {
+        ReleaseAggregates(aLocal.transportLayers);
+        aLocal.global->Disable(true);
+    }
+    return status;
 }
 
 void StopTransportLayers(tLocalData& aLocal, llk::uAutoreleasePool& aPool) {
     aLocal.global->Disable(true);
     aLocal.global->RemoveAll();
     aPool.Sink();
+    // The mutex is left while the aggregates stop: their threads may still be
+    // finishing calls that need it.
+    aLocal.mutex->Unlock();
+    ReleaseAggregates(aLocal.transportLayers);
+    llk::ReleaseAndClear(aLocal.supervisorAggregate);
+    aPool.Sink();
+    aLocal.mutex->Lock();
 }

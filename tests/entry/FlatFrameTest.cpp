@@ -5,7 +5,10 @@
 #include <cstring>
 #include <dlfcn.h>
 #include <filesystem>
+#include <fstream>
+#include <signal.h>
 #include <string>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "TavikC.h"
@@ -90,6 +93,67 @@ TEST_F(FlatFrameTest, StartupWithoutProducersReportsNoTransportLayer) {
     EXPECT_EQ(TvkStartup(), TvkErrorNoTL);
     TvkShutdown();
     TvkShutdown();
+}
+
+// Whether the simulator is loaded in this process right now.
+bool SimulatorLoaded() {
+    void* handle = dlopen(TAVIK_SIM_PRODUCER, RTLD_NOW | RTLD_NOLOAD);
+    if (handle) dlclose(handle);
+    return handle != nullptr;
+}
+
+void SearchSimulator() {
+    std::string path =
+        "/nonexistent;" + std::filesystem::path(TAVIK_SIM_PRODUCER).parent_path().string();
+    setenv("GENICAM_GENTL64_PATH", path.c_str(), 1);
+}
+
+TEST_F(FlatFrameTest, StartupLoadsTheProducersAndShutdownUnloadsThem) {
+    SearchSimulator();
+    ASSERT_EQ(TvkStartup(), TvkErrorSuccess);
+    EXPECT_TRUE(SimulatorLoaded());
+    EXPECT_EQ(TvkStartup(), TvkErrorSuccess);
+    int64_t value = 0;
+    EXPECT_NE(TvkFeatureIntGet(TVK_SYSTEM_HANDLE, "Width", &value), TvkErrorApiNotStarted);
+    TvkShutdown();
+    EXPECT_FALSE(SimulatorLoaded());
+    EXPECT_EQ(TvkFeatureIntGet(TVK_SYSTEM_HANDLE, "Width", &value), TvkErrorApiNotStarted);
+    // Start and stop repeat within one load.
+    ASSERT_EQ(TvkStartup(), TvkErrorSuccess);
+    EXPECT_TRUE(SimulatorLoaded());
+}
+
+TEST_F(FlatFrameTest, ProducersThatDoNotLoadCostOnlyThemselves) {
+    std::ofstream("garbage.cti") << "not a shared library";
+    std::filesystem::copy_file(TAVIK_SIM_VARIANTS "/TavikSimNoOpen.cti", "noopen.cti");
+    EXPECT_EQ(TvkStartup(), TvkErrorNoTL);
+    EXPECT_FALSE(SimulatorLoaded());
+    // One good producer beside them is enough.
+    SearchSimulator();
+    EXPECT_EQ(TvkStartup(), TvkErrorSuccess);
+}
+
+TEST_F(FlatFrameTest, ExitWithoutShutdownNeitherHangsNorCrashes) {
+    SearchSimulator();
+    pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        if (TvkStartup() != TvkErrorSuccess) _exit(3);
+        std::exit(0);
+    }
+    int status = 0;
+    pid_t done = 0;
+    for (int i = 0; i < 600 && done == 0; ++i) {
+        done = waitpid(child, &status, WNOHANG);
+        if (done == 0) usleep(50 * 1000);
+    }
+    if (done == 0) {
+        kill(child, SIGKILL);
+        waitpid(child, &status, 0);
+        FAIL() << "the process hung at exit";
+    }
+    ASSERT_TRUE(WIFEXITED(status)) << "signal " << WTERMSIG(status);
+    EXPECT_EQ(WEXITSTATUS(status), 0);
 }
 
 TEST_F(FlatFrameTest, ErrorTextsAndTheirEdges) {
