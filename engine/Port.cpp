@@ -1,5 +1,7 @@
 #include "engine/Port.h"
 
+#include <algorithm>
+
 #include <cstring>
 #include <vector>
 
@@ -111,11 +113,13 @@ llk::i4 cDirectPort::FetchXML(void* aBuffer, llk::u4 aSize, llk::u4& aLength, ll
     if (status == llk::kOk)
         status = QueryXML(&size, sizeof(size), length, gc::URL_INFO_DOCUMENT_SIZE_QRX, 0);
     if (status != llk::kOk) return status;
-    if (size > aSize) return kBufferTooSmall;
+    // The size counts the terminator, so 0 means the producer's answer wrapped.
+    if (size == 0 || size > aSize) return kBufferTooSmall;
     // The whole document, and a terminator behind it.
     llk::u4 fetched = 0;
     status = Fetch(address, size - 1, aBuffer, fetched);
     if (status != llk::kOk) return status;
+    fetched = std::min(fetched, size - 1); // a producer may not claim more than was asked
     static_cast<char*>(aBuffer)[fetched] = '\0';
     aLength = fetched;
     return llk::kOk;

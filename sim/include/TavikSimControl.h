@@ -9,6 +9,8 @@
  *                                the named entry point return status
  *   delay <Call> <ms>            the named entry point waits first
  *   clear                        forget all failures and delays
+ *   document <camera> <a> <n>    the camera reports its document at hex
+ *                                address a with hex size n (to test consumers)
  *   incomplete <camera> <n>      the next n frames come out incomplete
  *   invalidate <camera> <name>   a feature invalidation event
  *   event <camera> <id>          a remote device event with that id

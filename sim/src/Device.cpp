@@ -25,6 +25,7 @@ Device::Device(Interface* aParent, const tCameraConfig& aConfig)
     mDocument = mConfig.zipped ? ZipOneFile("TavikSim.xml", text) : text;
     if (mDocument.size() > reg::kSpaceSize - reg::kDocument)
         mDocument.resize(reg::kSpaceSize - reg::kDocument);
+    ReportDocument(reg::kDocument, static_cast<uint32_t>(mDocument.size()));
     Reset();
     // A camera served with a foreign document has no acquisition registers of
     // ours: it delivers whenever its stream runs.
@@ -58,10 +59,14 @@ void Device::Reset() {
 
 std::string Device::Url() const {
     char url[128];
-    snprintf(url, sizeof(url), "Local:%s;%llx;%zx",
-             mConfig.zipped ? "TavikSim.zip" : "TavikSim.xml",
-             static_cast<unsigned long long>(reg::kDocument), mDocument.size());
+    snprintf(url, sizeof(url), "Local:%s;%llx;%x", mConfig.zipped ? "TavikSim.zip" : "TavikSim.xml",
+             static_cast<unsigned long long>(mReportedAddress), mReportedSize);
     return url;
+}
+
+void Device::ReportDocument(uint64_t aAddress, uint32_t aSize) {
+    mReportedAddress = aAddress;
+    mReportedSize = aSize;
 }
 
 void Device::WriteU32(uint64_t aAddress, uint32_t aValue) {

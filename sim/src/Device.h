@@ -53,7 +53,11 @@ public:
     int32_t AccessStatus() const;
     Stream* GetStream() const { return mStream.get(); }
 
-    uint32_t DocumentSize() const { return static_cast<uint32_t>(mDocument.size()); }
+    // Where the camera says its document lies. A test may make it misreport both,
+    // to see how a consumer copes with a URL outside the register space.
+    uint64_t DocumentAddress() const { return mReportedAddress; }
+    uint32_t DocumentSize() const { return mReportedSize; }
+    void ReportDocument(uint64_t aAddress, uint32_t aSize);
     bool DocumentZipped() const { return mConfig.zipped; }
 
     // The camera acquires between its AcquisitionStart and AcquisitionStop.
@@ -78,6 +82,8 @@ private:
     std::mutex mLock;
     std::vector<uint8_t> mSpace;
     std::vector<uint8_t> mDocument;
+    uint64_t mReportedAddress = reg::kDocument;
+    uint32_t mReportedSize = 0;
     std::unique_ptr<Stream> mStream;
     bool mOpen = false;
     bool mReadOnly = false;

@@ -531,7 +531,7 @@ GC_API GCGetPortURLInfo(PORT_HANDLE hPort, uint32_t iURLIndex, URL_INFO_CMD iInf
         return ReplyValue(INFO_DATATYPE_INT32, int32_t{0}, piType, pBuffer, piSize);
     case URL_INFO_FILE_REGISTER_ADDRESS:
     case URL_INFO_DOCUMENT_ADDRESS_QRX:
-        return ReplyValue(INFO_DATATYPE_UINT64, uint64_t{reg::kDocument}, piType, pBuffer, piSize);
+        return ReplyValue(INFO_DATATYPE_UINT64, device->DocumentAddress(), piType, pBuffer, piSize);
     case URL_INFO_FILE_SIZE:
         return ReplyValue(INFO_DATATYPE_UINT64, uint64_t{device->DocumentSize()}, piType, pBuffer,
                           piSize);
@@ -1017,6 +1017,13 @@ __attribute__((visibility("default"))) int TavikSimControl(const char* command) 
         memcpy(data.data() + 4, &what, 4);
         memcpy(data.data() + 8, name.c_str(), name.size());
         device->Parent()->DeviceListChanged()->Push(data.data(), data.size());
+        return 0;
+    }
+    if (verb == "document") {
+        uint64_t address = 0;
+        uint32_t size = 0;
+        if (!(words >> std::hex >> address >> size)) return -1;
+        device->ReportDocument(address, size);
         return 0;
     }
     if (verb == "incomplete") {

@@ -40,6 +40,7 @@ protected:
         ASSERT_TRUE(mProducer->InterfaceUpdate(mInterface, nullptr, 0, &error));
         size = sizeof(id);
         ASSERT_TRUE(mProducer->InterfaceGetSerial(mInterface, 0, id, &size, &error));
+        mCamera = id;
         ASSERT_TRUE(
             mProducer->DeviceOpen(mInterface, id, gc::DEVICE_ACCESS_CONTROL, &mDevice, &error));
         ASSERT_TRUE(mProducer->DevicePort(mDevice, &mHandle, &error));
@@ -75,6 +76,7 @@ protected:
     gc::DEV_HANDLE mDevice = nullptr;
     gc::PORT_HANDLE mHandle = nullptr;
     cDirectPort* mPort = nullptr;
+    std::string mCamera;
 };
 
 TEST_F(PortTest, PlainAndStackedAccessKeepTheirByteOrder) {
@@ -113,6 +115,47 @@ TEST_F(PortTest, DocumentArrivesWholeAndTerminated) {
     EXPECT_NE(document.find("</RegisterDescription>"), std::string::npos);
     llk::u4 length = 0;
     EXPECT_EQ(mPort->FetchXML(text.data(), 10, length, 0), 18);
+}
+
+TEST_F(PortTest, MisreportedDocumentsFailCleanlyAndWriteNothingPastTheBuffer) {
+    TavikSimControl_t control = Control();
+    llk::u4 size = 0, length = 0;
+    ASSERT_EQ(mPort->QueryXML(&size, sizeof(size), length, gc::URL_INFO_DOCUMENT_SIZE_QRX, 0),
+              llk::kOk);
+    auto report = [&](const char* aWhere) {
+        ASSERT_EQ(control(("document " + mCamera + " " + aWhere).c_str()), 0);
+    };
+    std::vector<char> buffer(4096, 'x');
+    auto fetch = [&] {
+        std::fill(buffer.begin(), buffer.end(), 'x');
+        length = 7;
+        return mPort->FetchXML(buffer.data(), static_cast<llk::u4>(buffer.size()), length, 0);
+    };
+
+    report("100000 0"); // an empty document is an empty text
+    EXPECT_EQ(fetch(), llk::kOk);
+    EXPECT_EQ(length, 0u);
+    EXPECT_EQ(buffer[0], '\0');
+    EXPECT_EQ(buffer[1], 'x');
+
+    report("100000 ffffffff"); // wraps with its terminator
+    EXPECT_EQ(fetch(), 18);
+    report("100000 1000"); // one byte more than the buffer holds with the terminator
+    EXPECT_EQ(fetch(), 18);
+    EXPECT_EQ(buffer[0], 'x');
+
+    // Outside the register space, or running past its end: the producer's status.
+    report("ffffff00 10");
+    EXPECT_EQ(fetch(), gc::GC_ERR_INVALID_ADDRESS);
+    report("3fff00 200");
+    EXPECT_EQ(fetch(), gc::GC_ERR_INVALID_ADDRESS);
+    EXPECT_EQ(buffer[0], 'x');
+
+    // None of that closes the port.
+    char where[64];
+    snprintf(where, sizeof(where), "100000 %x", size - 1);
+    report(where);
+    EXPECT_EQ(Document(mPort).size(), size);
 }
 
 TEST_F(PortTest, OneTimeoutClosesThePortForGood) {
