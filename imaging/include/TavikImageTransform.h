@@ -155,28 +155,129 @@ TVK_EXPORT TvkError_t TvkSetImageInfoOutput(uint32_t simpleImageFormat, uint32_t
 TVK_EXPORT TvkError_t TvkSetImageInfoFromString(const char* pText, uint32_t stringLength,
                                                 uint32_t width, uint32_t height, TvkImage* pImage);
 
-/* Transforms aSource into aDestination (same size; Size fields set); the
-   parameters may choose a debayer mode. */
+/* Transforms source into destination (same size; Size fields set). The
+   parameters may choose a debayer mode or a colour correction matrix (which
+   takes precedence); gamma parameters are not consulted. */
 TVK_EXPORT TvkError_t TvkImageTransform(const TvkImage* source, TvkImage* destination,
                                         const TvkTransformInfo* parameter, uint32_t parameterCount);
 /* Debayer modes: 0 "2x2", 1 "3x3", 2 "2x2 LCAA", 3 "2x2 LCAA+V", 4 "2x2 YUV422". */
 TVK_EXPORT TvkError_t TvkSetDebayerMode(uint32_t mode, TvkTransformInfo* pInfo);
+/* Nine coefficients, row by row; each row is applied to R, B, G in that order. */
+TVK_EXPORT TvkError_t TvkSetColorCorrectionMatrix3x3(const float* pMatrix, TvkTransformInfo* pInfo);
+TVK_EXPORT TvkError_t TvkSetGammaCorrection(float gamma, TvkTransformInfo* pInfo);
 
-/* The per-source family; imageFormat is a TvkSimpleImageFormat. */
+/* The per-source family; imageFormat is a TvkSimpleImageFormat, bayerPattern
+   a TvkBayerPattern. Raw sources need even, non-zero sizes. */
 TVK_EXPORT TvkError_t TvkRaw8ImageTransform(uint8_t* pDst, const uint8_t* pSrc, uint32_t width,
                                             uint32_t height, uint32_t imageFormat,
                                             uint32_t bayerPattern);
 TVK_EXPORT TvkError_t TvkRaw8ImageTransform_3x3(uint8_t* pDst, const uint8_t* pSrc, uint32_t width,
                                                 uint32_t height, uint32_t imageFormat,
                                                 uint32_t bayerPattern);
+TVK_EXPORT TvkError_t TvkRaw8ImageTransform_IntLCAA(uint8_t* pDst, const uint8_t* pSrc,
+                                                    uint32_t width, uint32_t height,
+                                                    uint32_t imageFormat, uint32_t bayerPattern);
+TVK_EXPORT TvkError_t TvkRaw8ImageTransform_IntLCAAV(uint8_t* pDst, const uint8_t* pSrc,
+                                                     uint32_t width, uint32_t height,
+                                                     uint32_t imageFormat, uint32_t bayerPattern);
+TVK_EXPORT TvkError_t TvkRaw8ImageTransform_IntYUV422(uint8_t* pDst, const uint8_t* pSrc,
+                                                      uint32_t width, uint32_t height,
+                                                      uint32_t imageFormat, uint32_t bayerPattern);
+/* Any named mode by its number in TvkGetDeBayeringName's list for 8 bits:
+   0 "2x2", 1 "2x2 mono", 2 "3x3", 3 "2x2 YUV422", 4 "2x2 LCAA", 5 "2x2 LCAA+V",
+   6 "Single", 7 "3x3 bilin.Mono". */
+TVK_EXPORT TvkError_t TvkRaw8DeBayer(uint8_t* pDst, const uint8_t* pSrc, uint32_t width,
+                                     uint32_t height, uint32_t imageFormat, uint32_t bayerPattern,
+                                     uint32_t functionNr);
+/* The mode's text, or "none". */
+TVK_EXPORT const char* TvkGetDeBayeringName(uint32_t bitDepth, uint32_t functionNr,
+                                            uint32_t interlacedMode);
+/* 12-bit packed pairs ("2x2" on the upper eight bits). */
+TVK_EXPORT TvkError_t TvkRaw12ImageTransform(uint8_t* pDst, const uint8_t* pSrc, uint32_t width,
+                                             uint32_t height, uint32_t imageFormat,
+                                             uint32_t bayerPattern);
+/* Big-endian 16-bit samples at full range. */
+TVK_EXPORT TvkError_t TvkRaw16ImageTransform(uint8_t* pDst, const uint8_t* pSrc, uint32_t width,
+                                             uint32_t height, uint32_t imageFormat,
+                                             uint32_t bayerPattern);
+/* 16-bit samples with bitsUsed significant bits (8 to 16), endianness 0
+   little, 1 big; 16-bit outputs keep all bits. */
+TVK_EXPORT TvkError_t TvkRaw16ImageTransformEx(uint8_t* pDst, const uint8_t* pSrc, uint32_t width,
+                                               uint32_t height, uint32_t imageFormat,
+                                               uint32_t alignment, uint32_t bitsUsed,
+                                               uint32_t endianness, uint32_t bayerPattern);
 TVK_EXPORT TvkError_t TvkY8ImageTransform(uint8_t* pDst, const uint8_t* pSrc, uint32_t pixelCount,
                                           uint32_t imageFormat);
+/* 16-bit mono, big-endian and little-endian; these three return 0 or ~0. */
+TVK_EXPORT TvkError_t TvkY16ImageTransform(uint8_t* pDst, const uint8_t* pSrc, uint32_t pixelCount,
+                                           uint32_t imageFormat);
+TVK_EXPORT TvkError_t TvkY16ImageTransformLE(uint8_t* pDst, const uint8_t* pSrc,
+                                             uint32_t pixelCount, uint32_t imageFormat);
+TVK_EXPORT TvkError_t TvkY16ImageTransformEx(uint8_t* pDst, const uint8_t* pSrc,
+                                             uint32_t pixelCount, uint32_t imageFormat,
+                                             uint32_t alignment, uint32_t bitsUsed,
+                                             uint32_t endianness, uint32_t bayerPattern);
+/* 12-bit packed mono pairs. */
+TVK_EXPORT TvkError_t TvkY12ImageTransform(uint8_t* pDst, const uint8_t* pSrc, uint32_t pixelCount,
+                                           uint32_t imageFormat);
+TVK_EXPORT TvkError_t TvkRGB8ImageTransform(uint8_t* pDst, const uint8_t* pSrc, uint32_t pixelCount,
+                                            uint32_t imageFormat);
+TVK_EXPORT TvkError_t TvkBGR8ImageTransform(uint8_t* pDst, const uint8_t* pSrc, uint32_t pixelCount,
+                                            uint32_t imageFormat);
+TVK_EXPORT TvkError_t TvkRGBA8ImageTransform(uint8_t* pDst, const uint8_t* pSrc,
+                                             uint32_t pixelCount, uint32_t imageFormat);
+TVK_EXPORT TvkError_t TvkBGRA8ImageTransform(uint8_t* pDst, const uint8_t* pSrc,
+                                             uint32_t pixelCount, uint32_t imageFormat);
+/* BT.601 limited range: 4:1:1 as U Y Y V Y Y (pixelCount a multiple of 4),
+   4:2:2 as U Y V Y (pixelCount even), 4:4:4 as U Y V. */
+TVK_EXPORT TvkError_t TvkYUV411ImageTransform(uint8_t* pDst, const uint8_t* pSrc,
+                                              uint32_t pixelCount, uint32_t imageFormat);
+TVK_EXPORT TvkError_t TvkYUV422ImageTransform(uint8_t* pDst, const uint8_t* pSrc,
+                                              uint32_t pixelCount, uint32_t imageFormat);
+TVK_EXPORT TvkError_t TvkYUV444ImageTransform(uint8_t* pDst, const uint8_t* pSrc,
+                                              uint32_t pixelCount, uint32_t imageFormat);
 /* The upper eight bits of each 12-bit packed pixel. */
 TVK_EXPORT TvkError_t TvkPacked12BitTo8Bit(uint8_t* pDst, const uint8_t* pSrc, uint32_t XSize,
                                            uint32_t YSize);
 
+/* Interlaced complementary-colour sensors (cyan, yellow, magenta, green).
+   cygmPattern: the colours of the first two lines, 0 Cy Ye / Gr Ma, 1 Gr Ma /
+   Cy Ye, 2 Cy Ye / Ma Gr, 3 Ma Gr / Cy Ye, repeating every four lines with
+   green and magenta trading places. mode: 0 3x3, 1 3x3 to grey, 2 2x2, 3
+   binned (two fields, the second from width * height / 2 bytes on). nirMode
+   0 or 1 picks the colour mapping. */
+TVK_EXPORT TvkError_t TvkCygmImageTransform(uint8_t* pDst, const uint8_t* pSrc, uint32_t width,
+                                            uint32_t height, uint32_t imageFormat,
+                                            uint32_t cygmPattern, uint32_t mode, uint32_t nirMode);
+
+/* Colour correction handles: a 3x3 matrix (nine floats, rows applied to R, B,
+   G), gamma, or gamma then matrix, plain or through lookup tables; maximum is
+   the largest sample value. Null on failure. */
+typedef void* TvkColorCorrectionHandle;
+TVK_EXPORT TvkColorCorrectionHandle TvkCreateColorCorrectionMatrix(const float* pMatrix);
+TVK_EXPORT TvkColorCorrectionHandle TvkCreateColorCorrectionMatrix_Int8(const float* pMatrix);
+TVK_EXPORT TvkColorCorrectionHandle TvkCreateColorCorrectionMatrix_Int16(const float* pMatrix);
+TVK_EXPORT TvkColorCorrectionHandle TvkCreateColorCorrectionGamma(float gamma, float maximum);
+TVK_EXPORT TvkColorCorrectionHandle TvkCreateColorCorrectionGammaMatrix(const float* pMatrix,
+                                                                        float gamma, float maximum);
+TVK_EXPORT TvkColorCorrectionHandle TvkCreateColorCorrectionGammaMatrix_LUT8(const float* pMatrix,
+                                                                             float gamma,
+                                                                             float maximum);
+TVK_EXPORT TvkColorCorrectionHandle TvkCreateColorCorrectionGammaMatrix_LUT16(const float* pMatrix,
+                                                                              float gamma,
+                                                                              float maximum);
+TVK_EXPORT TvkColorCorrectionHandle TvkCreateColorCorrectionGamma_LUT8(float gamma, float maximum);
+TVK_EXPORT TvkColorCorrectionHandle TvkCreateColorCorrectionGamma_LUT16(float gamma, float maximum);
+/* 0, or -1 for a null or unknown handle. */
+TVK_EXPORT int32_t TvkDestroyColorCorrection(TvkColorCorrectionHandle handle);
+/* Corrects pixelCount pixels in place; imageFormat 1 to 4 (8-bit) or 9, 10
+   (16-bit). */
+TVK_EXPORT TvkError_t TvkApplyColorCorrection(TvkColorCorrectionHandle handle, void* pData,
+                                              uint32_t pixelCount, uint32_t imageFormat);
+
 /* Flips in place: eFlipMode 1 horizontal, 2 vertical, 3 both; eccColorCode
-   is the TvkSimpleImageFormat of the pixels. */
+   is the TvkSimpleImageFormat of the pixels, or 128 for 12-bit packed pairs,
+   129 for YUV 4:1:1 (U Y Y V Y Y), 130 for YUV 4:4:4. */
 TVK_EXPORT TvkError_t TvkFlip(void* pDst, uint32_t XSize, uint32_t YSize, uint32_t eFlipMode,
                               uint32_t eccColorCode);
 TVK_EXPORT TvkError_t TvkFlipVertical(void* pDst, uint32_t BytesPerLine, uint32_t Lines);
@@ -184,15 +285,19 @@ TVK_EXPORT TvkError_t TvkFlipVertical(void* pDst, uint32_t BytesPerLine, uint32_
    multiple of four. */
 TVK_EXPORT TvkError_t TvkGetResampledScanlineLength(uint32_t* pDstXSize, uint32_t SrcXSize,
                                                     float DstPixelSize, float SrcPixelSize);
-/* Resamples each scanline to DstXSize pixels of BytesPerPixel (1 to 6) bytes;
-   RopMode 0 takes the nearest pixel, others interpolate. */
+/* Resamples each of SrcYSize scanlines to DstXSize pixels of BytesPerPixel (1
+   to 6) bytes; destination pixel x stands at x * DstPixelSize / SrcPixelSize
+   source pixels. RopMode 0 takes the nearest pixel, others interpolate
+   between the two neighbours. Pitches are in pixels. */
 TVK_EXPORT TvkError_t TvkResampleScanlines(void* pDst, const void* pSrc, uint32_t DstXSize,
-                                           uint32_t SrcXSize, uint32_t SrcYSize,
-                                           uint32_t BytesPerPixel, uint32_t RopMode);
+                                           uint32_t SrcXSize, uint32_t SrcYSize, float DstPixelSize,
+                                           float SrcPixelSize, uint32_t BytesPerPixel,
+                                           uint32_t RopMode);
 TVK_EXPORT TvkError_t TvkResampleScanlinesEx(void* pDst, const void* pSrc, uint32_t DstXSize,
-                                             uint32_t SrcXSize, uint32_t SrcYSize, uint32_t DstPitch,
-                                             uint32_t SrcPitch, uint32_t BytesPerPixel,
-                                             uint32_t RopMode);
+                                             uint32_t SrcXSize, uint32_t SrcYSize,
+                                             uint32_t DstPitch, uint32_t SrcPitch,
+                                             float DstPixelSize, float SrcPixelSize,
+                                             uint32_t BytesPerPixel, uint32_t RopMode);
 
 TVK_EXPORT TvkError_t TvkGetVersion(uint32_t* pVersion);
 TVK_EXPORT TvkError_t TvkGetApiInfoString(uint32_t infoType, char* pName, uint32_t maxLength);

@@ -1,105 +1,165 @@
 #include "ColourSources.h"
 
 #include <algorithm>
+#include <cstring>
 
+#include "Demosaic.h"
 #include "PixelIterators.h"
 
 namespace img {
 
 namespace {
 
-// BT.601 limited range in 20-bit fixed point.
-constexpr int32_t kCY = 1220542, kCVR = 1673527, kCUG = -409993, kCVG = -852492, kCUB = 2116026;
+// BT.601 in 20-bit fixed point: limited range for camera YUV, and full range
+// (Y without foot room) for the YUV the demosaic modes make.
+struct tLimited {
+    static constexpr int32_t kFoot = 16, kCY = 1220542, kCVR = 1673527, kCUG = -409993,
+                             kCVG = -852492, kCUB = 2116026;
+};
+struct tFull {
+    static constexpr int32_t kFoot = 0, kCY = 1 << 20, kCVR = 1470104, kCUG = -360857,
+                             kCVG = -748830, kCUB = 1858077;
+};
 
 inline uint32_t Clamp8(int32_t aValue) {
     return static_cast<uint32_t>(std::clamp(aValue, 0, 255));
 }
 
-template <class It, class Body> void Each(uint8_t* aDest, uint32_t aCount, Body&& aBody) {
-    It out{aDest};
-    for (uint32_t i = 0; i < aCount; ++i)
-        aBody(out, i);
+template <class Range = tLimited, class It>
+inline void WriteYuv(It& aOut, uint32_t aY, uint32_t aU, uint32_t aV) {
+    const int32_t y = std::max(static_cast<int32_t>(aY) - Range::kFoot, 0) * Range::kCY;
+    const int32_t u = static_cast<int32_t>(aU) - 128, v = static_cast<int32_t>(aV) - 128;
+    constexpr int32_t kHalf = 1 << 19;
+    aOut.Write(Clamp8((y + Range::kCVR * v + kHalf) >> 20),
+               Clamp8((y + Range::kCUG * u + Range::kCVG * v + kHalf) >> 20),
+               Clamp8((y + Range::kCUB * u + kHalf) >> 20));
 }
 
-template <class Body> TvkError_t WithOutput(uint32_t aFormat, Body&& aBody) {
-    switch (aFormat) {
-    case TvkSimpleImageFormatMono8:
-        aBody(PixelIteratorMono8_Rec601{});
-        break;
-    case TvkSimpleImageFormatBGR24:
-        aBody(PixelIteratorBGR24{});
-        break;
-    case TvkSimpleImageFormatBGRA32:
-        aBody(PixelIteratorBGRA32{});
-        break;
-    case TvkSimpleImageFormatRGB24:
-        aBody(PixelIteratorRGB24{});
-        break;
-    case TvkSimpleImageFormatRGBA32:
-        aBody(PixelIteratorRGBA32{});
-        break;
-    case TvkSimpleImageFormatMono8Rec709:
-        aBody(PixelIteratorMono8_Rec709{});
-        break;
-    case TvkSimpleImageFormatUYVY:
-        aBody(PixelIteratorUYVY{});
-        break;
-    case TvkSimpleImageFormatMono16:
-        aBody(PixelIteratorMono16_Rec601{});
-        break;
-    case TvkSimpleImageFormatMono16Rec709:
-        aBody(PixelIteratorMono16_Rec709{});
-        break;
-    default:
-        return TvkErrorNotImplemented;
+// Pixels written in order: aPixel(out, i) for each i.
+template <class Pixel>
+TvkError_t Each(uint8_t* aDest, size_t aPixels, uint32_t aFormat, Pixel&& aPixel) {
+    return WithIterator(aFormat, [&](auto aIterator) {
+        aIterator.p = aDest;
+        for (size_t i = 0; i < aPixels; ++i)
+            aPixel(aIterator, i);
+    });
+}
+
+// Pixels of 8-bit samples decoded a block at a time into a buffer on the stack.
+constexpr size_t kBlock = 2048;
+
+} // namespace
+
+TvkError_t Y8ToOutput(uint8_t* aDest, const uint8_t* aSource, size_t aPixels, uint32_t aFormat) {
+    if (aFormat == TvkSimpleImageFormatMono8 || aFormat == TvkSimpleImageFormatMono8Rec709) {
+        memcpy(aDest, aSource, aPixels);
+        return TvkErrorSuccess;
+    }
+    return Each(aDest, aPixels, aFormat,
+                [&](auto& out, size_t i) { out.Write(aSource[i], aSource[i], aSource[i]); });
+}
+
+TvkError_t Y16ToOutput(uint8_t* aDest, const uint8_t* aSource, size_t aPixels, uint32_t aBitsUsed,
+                       bool aBigEndian, uint32_t aFormat) {
+    if (aBitsUsed < 8 || aBitsUsed > 16) return TvkErrorBadParameter;
+    if (aFormat >= TvkSimpleImageFormatMono16) {
+        return WithWideIterator(aFormat, [&](auto aIterator) {
+            aIterator.p = aDest;
+            uint16_t block[kBlock];
+            for (size_t at = 0; at < aPixels; at += kBlock) {
+                const size_t n = std::min(kBlock, aPixels - at);
+                Wide16To16(block, aSource + 2 * at, n, aBitsUsed, aBigEndian);
+                for (size_t i = 0; i < n; ++i)
+                    aIterator.Write(block[i], block[i], block[i]);
+            }
+        });
+    }
+    uint8_t block[kBlock];
+    for (size_t at = 0; at < aPixels; at += kBlock) {
+        const size_t n = std::min(kBlock, aPixels - at);
+        Wide16To8(block, aSource + 2 * at, n, aBitsUsed, aBigEndian);
+        if (TvkError_t status = Y8ToOutput(aDest + at * OutputBytes(aFormat), block, n, aFormat))
+            return status;
     }
     return TvkErrorSuccess;
 }
 
-} // namespace
+TvkError_t Y12ToOutput(uint8_t* aDest, const uint8_t* aSource, size_t aPixels, uint32_t aFormat) {
+    if (aFormat == TvkSimpleImageFormatMono8) {
+        Packed12To8(aDest, aSource, aPixels);
+        return TvkErrorSuccess;
+    }
+    if (aFormat >= TvkSimpleImageFormatMono16) {
+        return WithWideIterator(aFormat, [&](auto aIterator) {
+            aIterator.p = aDest;
+            uint16_t block[kBlock];
+            for (size_t at = 0; at < aPixels; at += kBlock) {
+                const size_t n = std::min(kBlock, aPixels - at);
+                Packed12To16(block, aSource + at / 2 * 3, n);
+                for (size_t i = 0; i < n; ++i)
+                    aIterator.Write(block[i], block[i], block[i]);
+            }
+        });
+    }
+    uint8_t block[kBlock];
+    for (size_t at = 0; at < aPixels; at += kBlock) {
+        const size_t n = std::min(kBlock, aPixels - at);
+        Packed12To8(block, aSource + at / 2 * 3, n);
+        if (TvkError_t status = Y8ToOutput(aDest + at * OutputBytes(aFormat), block, n, aFormat))
+            return status;
+    }
+    return TvkErrorSuccess;
+}
 
-TvkError_t ColourToOutput(uint8_t* aDest, const uint8_t* aSource, uint32_t aPixels,
-                          uint32_t aLayout, uint32_t aFormat) {
+TvkError_t ColourToOutput(uint8_t* aDest, const uint8_t* aSource, size_t aPixels, uint32_t aLayout,
+                          uint32_t aFormat) {
     const uint32_t step = aLayout >= TvkPixelLayoutRGBA ? 4 : 3;
     const bool bgr = aLayout == TvkPixelLayoutBGR || aLayout == TvkPixelLayoutBGRA;
-    return WithOutput(aFormat, [&](auto aIterator) {
-        using It = decltype(aIterator);
-        Each<It>(aDest, aPixels, [&](It& out, uint32_t i) {
-            const uint8_t* p = aSource + static_cast<size_t>(i) * step;
-            out.Write(bgr ? p[2] : p[0], p[1], bgr ? p[0] : p[2]);
-        });
+    if ((aLayout == TvkPixelLayoutRGB && aFormat == TvkSimpleImageFormatRGB24) ||
+        (aLayout == TvkPixelLayoutBGR && aFormat == TvkSimpleImageFormatBGR24)) {
+        memcpy(aDest, aSource, aPixels * 3);
+        return TvkErrorSuccess;
+    }
+    return Each(aDest, aPixels, aFormat, [&](auto& out, size_t i) {
+        const uint8_t* p = aSource + i * step;
+        out.Write(bgr ? p[2] : p[0], p[1], bgr ? p[0] : p[2]);
     });
 }
 
-TvkError_t Yuv422ToOutput(uint8_t* aDest, const uint8_t* aSource, uint32_t aPixels,
+TvkError_t Yuv411ToOutput(uint8_t* aDest, const uint8_t* aSource, size_t aPixels,
                           uint32_t aFormat) {
-    return WithOutput(aFormat, [&](auto aIterator) {
-        using It = decltype(aIterator);
-        Each<It>(aDest, aPixels, [&](It& out, uint32_t i) {
-            const uint8_t* pair = aSource + static_cast<size_t>(i / 2) * 4;
-            const int32_t y = std::max(static_cast<int32_t>(pair[1 + 2 * (i & 1)]) - 16, 0) * kCY;
-            const int32_t u = static_cast<int32_t>(pair[0]) - 128,
-                          v = static_cast<int32_t>(pair[2]) - 128;
-            constexpr int32_t kHalf = 1 << 19;
-            out.Write(Clamp8((y + kCVR * v + kHalf) >> 20),
-                      Clamp8((y + kCUG * u + kCVG * v + kHalf) >> 20),
-                      Clamp8((y + kCUB * u + kHalf) >> 20));
-        });
+    return Each(aDest, aPixels, aFormat, [&](auto& out, size_t i) {
+        const uint8_t* group = aSource + i / 4 * 6;
+        static constexpr uint8_t kLuma[4] = {1, 2, 4, 5};
+        WriteYuv(out, group[kLuma[i & 3]], group[0], group[3]);
     });
 }
 
-TvkError_t Y16ToOutput(uint8_t* aDest, const uint8_t* aSource, uint32_t aPixels, uint32_t aBitsUsed,
-                       bool aBigEndian, uint32_t aFormat) {
-    if (aBitsUsed < 8 || aBitsUsed > 16) return TvkErrorBadParameter;
-    const uint32_t shift = aBitsUsed - 8;
-    return WithOutput(aFormat, [&](auto aIterator) {
-        using It = decltype(aIterator);
-        Each<It>(aDest, aPixels, [&](It& out, uint32_t i) {
-            const uint8_t* p = aSource + static_cast<size_t>(i) * 2;
-            const uint32_t sample = aBigEndian ? (p[0] << 8 | p[1]) : (p[1] << 8 | p[0]);
-            const uint32_t v = std::min<uint32_t>(sample >> shift, 255);
-            out.Write(v, v, v);
-        });
+TvkError_t Yuv422ToOutput(uint8_t* aDest, const uint8_t* aSource, size_t aPixels,
+                          uint32_t aFormat) {
+    if (aFormat == TvkSimpleImageFormatUYVY) {
+        memcpy(aDest, aSource, aPixels * 2);
+        return TvkErrorSuccess;
+    }
+    return Each(aDest, aPixels, aFormat, [&](auto& out, size_t i) {
+        const uint8_t* pair = aSource + i / 2 * 4;
+        WriteYuv(out, pair[1 + 2 * (i & 1)], pair[0], pair[2]);
+    });
+}
+
+TvkError_t Yuv422FullRangeToOutput(uint8_t* aDest, const uint8_t* aSource, size_t aPixels,
+                                   uint32_t aFormat) {
+    return Each(aDest, aPixels, aFormat, [&](auto& out, size_t i) {
+        const uint8_t* pair = aSource + i / 2 * 4;
+        WriteYuv<tFull>(out, pair[1 + 2 * (i & 1)], pair[0], pair[2]);
+    });
+}
+
+TvkError_t Yuv444ToOutput(uint8_t* aDest, const uint8_t* aSource, size_t aPixels,
+                          uint32_t aFormat) {
+    return Each(aDest, aPixels, aFormat, [&](auto& out, size_t i) {
+        const uint8_t* p = aSource + i * 3;
+        WriteYuv(out, p[1], p[0], p[2]);
     });
 }
 

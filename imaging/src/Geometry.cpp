@@ -2,8 +2,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <utility>
 #include <iterator>
+#include <utility>
 #include <vector>
 
 #include "TavikImageTransform.h"
@@ -13,6 +13,9 @@ namespace {
 // Bytes per pixel of the display formats 0 to 10.
 constexpr uint32_t kFlipBytes[] = {1, 3, 4, 3, 4, 1, 2, 2, 2, 6, 6};
 constexpr uint32_t kUyvy = 6;
+// Packed codes: 12-bit pairs in three bytes, YUV 4:1:1 groups of four pixels
+// in six bytes (U Y Y V Y Y), YUV 4:4:4 in three bytes.
+constexpr uint32_t kPacked12 = 128, kYuv411 = 129, kYuv444 = 130;
 
 void SwapPixels(uint8_t* a, uint8_t* b, uint32_t n) {
     uint8_t t[8];
@@ -25,11 +28,43 @@ void SwapPixels(uint8_t* a, uint8_t* b, uint32_t n) {
 void ReverseRow(uint8_t* aRow, uint32_t aPixels, uint32_t aBytes, bool aUyvy) {
     if (aUyvy) {
         const uint32_t pairs = aPixels / 2;
-        for (uint32_t i = 0; i < pairs / 2; ++i) SwapPixels(aRow + 4 * i, aRow + 4 * (pairs - 1 - i), 4);
-        for (uint32_t i = 0; i < pairs; ++i) std::swap(aRow[4 * i + 1], aRow[4 * i + 3]);
+        for (uint32_t i = 0; i < pairs / 2; ++i)
+            SwapPixels(aRow + 4 * i, aRow + 4 * (pairs - 1 - i), 4);
+        for (uint32_t i = 0; i < pairs; ++i)
+            std::swap(aRow[4 * i + 1], aRow[4 * i + 3]);
         return;
     }
-    for (uint32_t i = 0; i < aPixels / 2; ++i) SwapPixels(aRow + i * aBytes, aRow + (aPixels - 1 - i) * aBytes, aBytes);
+    for (uint32_t i = 0; i < aPixels / 2; ++i)
+        SwapPixels(aRow + i * aBytes, aRow + (aPixels - 1 - i) * aBytes, aBytes);
+}
+
+// Reverses a row of 12-bit pairs: the pixels are taken apart and put back.
+void ReversePacked12(uint8_t* aRow, uint32_t aPixels) {
+    std::vector<uint16_t> pixels(aPixels);
+    for (uint32_t i = 0; i < aPixels; i += 2) {
+        const uint8_t* g = aRow + i / 2 * 3;
+        pixels[i] = static_cast<uint16_t>(g[0] << 4 | (g[1] & 0x0F));
+        pixels[i + 1] = static_cast<uint16_t>(g[2] << 4 | g[1] >> 4);
+    }
+    std::reverse(pixels.begin(), pixels.end());
+    for (uint32_t i = 0; i < aPixels; i += 2) {
+        uint8_t* g = aRow + i / 2 * 3;
+        g[0] = static_cast<uint8_t>(pixels[i] >> 4);
+        g[1] = static_cast<uint8_t>((pixels[i] & 0x0F) | (pixels[i + 1] & 0x0F) << 4);
+        g[2] = static_cast<uint8_t>(pixels[i + 1] >> 4);
+    }
+}
+
+// Reverses a row of YUV 4:1:1 groups and the four lumas in each.
+void ReverseYuv411(uint8_t* aRow, uint32_t aPixels) {
+    const uint32_t groups = aPixels / 4;
+    for (uint32_t i = 0; i < groups / 2; ++i)
+        SwapPixels(aRow + 6 * i, aRow + 6 * (groups - 1 - i), 6);
+    for (uint32_t i = 0; i < groups; ++i) {
+        uint8_t* g = aRow + 6 * i;
+        std::swap(g[1], g[5]);
+        std::swap(g[2], g[4]);
+    }
 }
 
 void SwapRows(uint8_t* aImage, size_t aBytesPerLine, uint32_t aLines) {
@@ -53,28 +88,43 @@ TVK_EXPORT TvkError_t TvkFlipVertical(void* pDst, uint32_t BytesPerLine, uint32_
     return TvkErrorSuccess;
 }
 
-TVK_EXPORT TvkError_t TvkFlip(void* pDst, uint32_t XSize, uint32_t YSize, uint32_t eFlipMode, uint32_t eccColorCode) {
+TVK_EXPORT TvkError_t TvkFlip(void* pDst, uint32_t XSize, uint32_t YSize, uint32_t eFlipMode,
+                              uint32_t eccColorCode) {
     if (!pDst || YSize < 2 || XSize == 0) return TvkErrorBadParameter;
     if (eFlipMode < 1 || eFlipMode > 3) return TvkErrorBadParameter;
-    // Packed colour codes are accepted but have no flip of their own yet.
-    if (eccColorCode >= 128 && eccColorCode <= 130) return TvkErrorNotImplemented;
-    if (eccColorCode >= std::size(kFlipBytes)) return TvkErrorBadParameter;
-    const uint32_t bytes = kFlipBytes[eccColorCode];
-    const bool uyvy = eccColorCode == kUyvy;
-    if (uyvy && (XSize & 1)) return TvkErrorBadParameter;
+    size_t bytesPerLine;
+    if (eccColorCode < std::size(kFlipBytes)) {
+        if (eccColorCode == kUyvy && (XSize & 1)) return TvkErrorBadParameter;
+        bytesPerLine = static_cast<size_t>(XSize) * kFlipBytes[eccColorCode];
+    } else if (eccColorCode == kPacked12 || eccColorCode == kYuv411) {
+        if (XSize % (eccColorCode == kPacked12 ? 2 : 4)) return TvkErrorBadParameter;
+        bytesPerLine = static_cast<size_t>(XSize) / 2 * 3;
+    } else if (eccColorCode == kYuv444) {
+        bytesPerLine = static_cast<size_t>(XSize) * 3;
+    } else {
+        return TvkErrorBadParameter;
+    }
     auto* image = static_cast<uint8_t*>(pDst);
-    const size_t bytesPerLine = static_cast<size_t>(XSize) * bytes;
     if (eFlipMode & 1)
-        for (uint32_t y = 0; y < YSize; ++y) ReverseRow(image + y * bytesPerLine, XSize, bytes, uyvy);
+        for (uint32_t y = 0; y < YSize; ++y) {
+            uint8_t* row = image + y * bytesPerLine;
+            if (eccColorCode == kPacked12)
+                ReversePacked12(row, XSize);
+            else if (eccColorCode == kYuv411)
+                ReverseYuv411(row, XSize);
+            else
+                ReverseRow(row, XSize, static_cast<uint32_t>(bytesPerLine / XSize),
+                           eccColorCode == kUyvy);
+        }
     if (eFlipMode & 2) SwapRows(image, bytesPerLine, YSize);
     return TvkErrorSuccess;
 }
 
-TVK_EXPORT TvkError_t TvkGetResampledScanlineLength(uint32_t* pDstXSize, uint32_t SrcXSize, float DstPixelSize,
-                                                    float SrcPixelSize) {
+TVK_EXPORT TvkError_t TvkGetResampledScanlineLength(uint32_t* pDstXSize, uint32_t SrcXSize,
+                                                    float DstPixelSize, float SrcPixelSize) {
     if (!pDstXSize || SrcPixelSize <= 0.0f) return TvkErrorBadParameter;
-    uint32_t length = static_cast<uint32_t>(static_cast<double>(static_cast<float>(SrcXSize)) * DstPixelSize /
-                                            SrcPixelSize);
+    uint32_t length = static_cast<uint32_t>(static_cast<double>(static_cast<float>(SrcXSize)) *
+                                            DstPixelSize / SrcPixelSize);
     // Scanlines are a multiple of four pixels.
     length = (length + 3) & ~3u;
     *pDstXSize = length;
@@ -82,22 +132,27 @@ TVK_EXPORT TvkError_t TvkGetResampledScanlineLength(uint32_t* pDstXSize, uint32_
 }
 
 // RopMode 0: nearest; otherwise linear between the two source neighbours.
-TVK_EXPORT TvkError_t TvkResampleScanlinesEx(void* pDst, const void* pSrc, uint32_t DstXSize, uint32_t SrcXSize,
-                                             uint32_t SrcYSize, uint32_t DstPitch, uint32_t SrcPitch,
+TVK_EXPORT TvkError_t TvkResampleScanlinesEx(void* pDst, const void* pSrc, uint32_t DstXSize,
+                                             uint32_t SrcXSize, uint32_t SrcYSize,
+                                             uint32_t DstPitch, uint32_t SrcPitch,
+                                             float DstPixelSize, float SrcPixelSize,
                                              uint32_t BytesPerPixel, uint32_t RopMode) {
     if (!pDst || !pSrc || DstXSize == 0 || SrcXSize == 0 || BytesPerPixel == 0 || BytesPerPixel > 6)
         return TvkErrorBadParameter;
-    if (DstPitch < DstXSize * BytesPerPixel || SrcPitch < SrcXSize * BytesPerPixel) return TvkErrorBadParameter;
+    if (!(DstPixelSize > 0.0f) || !(SrcPixelSize > 0.0f)) return TvkErrorBadParameter;
+    if (DstPitch < DstXSize || SrcPitch < SrcXSize) return TvkErrorBadParameter;
     // Source position of each destination pixel, in 1/256ths, centre to centre.
     std::vector<uint32_t> at(DstXSize);
-    const double scale = static_cast<double>(SrcXSize) / DstXSize;
+    const double scale = static_cast<double>(DstPixelSize) / SrcPixelSize;
     for (uint32_t x = 0; x < DstXSize; ++x) {
         const double position = std::max(0.0, (x + 0.5) * scale - 0.5);
-        at[x] = static_cast<uint32_t>(std::min(position, static_cast<double>(SrcXSize - 1)) * 256.0);
+        at[x] = static_cast<uint32_t>(std::min(position, SrcXSize - 1.0) * 256.0);
     }
     auto* dst = static_cast<uint8_t*>(pDst);
     const auto* src = static_cast<const uint8_t*>(pSrc);
-    for (uint32_t y = 0; y < SrcYSize; ++y, dst += DstPitch, src += SrcPitch) {
+    const size_t dstStep = static_cast<size_t>(DstPitch) * BytesPerPixel;
+    const size_t srcStep = static_cast<size_t>(SrcPitch) * BytesPerPixel;
+    for (uint32_t y = 0; y < SrcYSize; ++y, dst += dstStep, src += srcStep) {
         for (uint32_t x = 0; x < DstXSize; ++x) {
             const uint32_t left = at[x] >> 8;
             const uint8_t* a = src + left * BytesPerPixel;
@@ -109,16 +164,19 @@ TVK_EXPORT TvkError_t TvkResampleScanlinesEx(void* pDst, const void* pSrc, uint3
             }
             const uint32_t w = at[x] & 0xFF;
             for (uint32_t k = 0; k < BytesPerPixel; ++k)
-                out[k] = static_cast<uint8_t>((a[k] * (256 - w) + a[k + BytesPerPixel] * w + 128) >> 8);
+                out[k] =
+                    static_cast<uint8_t>((a[k] * (256 - w) + a[k + BytesPerPixel] * w + 128) >> 8);
         }
     }
     return TvkErrorSuccess;
 }
 
-TVK_EXPORT TvkError_t TvkResampleScanlines(void* pDst, const void* pSrc, uint32_t DstXSize, uint32_t SrcXSize,
-                                           uint32_t SrcYSize, uint32_t BytesPerPixel, uint32_t RopMode) {
-    return TvkResampleScanlinesEx(pDst, pSrc, DstXSize, SrcXSize, SrcYSize, DstXSize * BytesPerPixel,
-                                  SrcXSize * BytesPerPixel, BytesPerPixel, RopMode);
+TVK_EXPORT TvkError_t TvkResampleScanlines(void* pDst, const void* pSrc, uint32_t DstXSize,
+                                           uint32_t SrcXSize, uint32_t SrcYSize, float DstPixelSize,
+                                           float SrcPixelSize, uint32_t BytesPerPixel,
+                                           uint32_t RopMode) {
+    return TvkResampleScanlinesEx(pDst, pSrc, DstXSize, SrcXSize, SrcYSize, DstXSize, SrcXSize,
+                                  DstPixelSize, SrcPixelSize, BytesPerPixel, RopMode);
 }
 
 } // extern "C"

@@ -5,6 +5,8 @@
 
 #include <cstdint>
 
+#include "TavikImageTransform.h"
+
 namespace img {
 
 inline uint8_t LumaRec601(uint32_t r, uint32_t g, uint32_t b) {
@@ -119,5 +121,115 @@ struct PixelIteratorUYVY {
         ++count;
     }
 };
+
+// 16-bit samples, little-endian: the wide outputs.
+struct PixelIteratorBGR48 {
+    static constexpr uint32_t kBytes = 6;
+    uint8_t* p;
+    void Write(uint32_t r, uint32_t g, uint32_t b) {
+        Put16(p, b);
+        Put16(p + 2, g);
+        Put16(p + 4, r);
+        p += 6;
+    }
+    static void Put16(uint8_t* aAt, uint32_t aValue) {
+        aAt[0] = static_cast<uint8_t>(aValue);
+        aAt[1] = static_cast<uint8_t>(aValue >> 8);
+    }
+};
+
+struct PixelIteratorRGB48 {
+    static constexpr uint32_t kBytes = 6;
+    uint8_t* p;
+    void Write(uint32_t r, uint32_t g, uint32_t b) {
+        PixelIteratorBGR48::Put16(p, r);
+        PixelIteratorBGR48::Put16(p + 2, g);
+        PixelIteratorBGR48::Put16(p + 4, b);
+        p += 6;
+    }
+};
+
+// Luminance of 16-bit samples; the weights sum to 256, so no overflow past 16 bits.
+struct PixelIteratorMono16Wide_Rec601 {
+    static constexpr uint32_t kBytes = 2;
+    uint8_t* p;
+    void Write(uint32_t r, uint32_t g, uint32_t b) {
+        PixelIteratorBGR48::Put16(p, (77 * r + 150 * g + 29 * b) >> 8);
+        p += 2;
+    }
+};
+
+struct PixelIteratorMono16Wide_Rec709 {
+    static constexpr uint32_t kBytes = 2;
+    uint8_t* p;
+    void Write(uint32_t r, uint32_t g, uint32_t b) {
+        PixelIteratorBGR48::Put16(p, (18 * (3 * r + b) + 184 * g + 128) / 256);
+        p += 2;
+    }
+};
+
+// Calls aBody with an iterator of the display format for 8-bit samples
+// (formats 0 to 8); TvkErrorNotImplemented for any other.
+template <class Body> TvkError_t WithIterator(uint32_t aFormat, Body&& aBody) {
+    switch (aFormat) {
+    case TvkSimpleImageFormatMono8:
+        aBody(PixelIteratorMono8_Rec601{});
+        break;
+    case TvkSimpleImageFormatBGR24:
+        aBody(PixelIteratorBGR24{});
+        break;
+    case TvkSimpleImageFormatBGRA32:
+        aBody(PixelIteratorBGRA32{});
+        break;
+    case TvkSimpleImageFormatRGB24:
+        aBody(PixelIteratorRGB24{});
+        break;
+    case TvkSimpleImageFormatRGBA32:
+        aBody(PixelIteratorRGBA32{});
+        break;
+    case TvkSimpleImageFormatMono8Rec709:
+        aBody(PixelIteratorMono8_Rec709{});
+        break;
+    case TvkSimpleImageFormatUYVY:
+        aBody(PixelIteratorUYVY{});
+        break;
+    case TvkSimpleImageFormatMono16:
+        aBody(PixelIteratorMono16_Rec601{});
+        break;
+    case TvkSimpleImageFormatMono16Rec709:
+        aBody(PixelIteratorMono16_Rec709{});
+        break;
+    default:
+        return TvkErrorNotImplemented;
+    }
+    return TvkErrorSuccess;
+}
+
+// The same for 16-bit samples: formats 7 to 10.
+template <class Body> TvkError_t WithWideIterator(uint32_t aFormat, Body&& aBody) {
+    switch (aFormat) {
+    case TvkSimpleImageFormatMono16:
+        aBody(PixelIteratorMono16Wide_Rec601{});
+        break;
+    case TvkSimpleImageFormatMono16Rec709:
+        aBody(PixelIteratorMono16Wide_Rec709{});
+        break;
+    case TvkSimpleImageFormatBGR48:
+        aBody(PixelIteratorBGR48{});
+        break;
+    case TvkSimpleImageFormatRGB48:
+        aBody(PixelIteratorRGB48{});
+        break;
+    default:
+        return TvkErrorNotImplemented;
+    }
+    return TvkErrorSuccess;
+}
+
+// Bytes per pixel of a display format, or 0.
+inline uint32_t OutputBytes(uint32_t aFormat) {
+    constexpr uint32_t kBytes[] = {1, 3, 4, 3, 4, 1, 2, 2, 2, 6, 6};
+    return aFormat < 11 ? kBytes[aFormat] : 0;
+}
 
 } // namespace img
