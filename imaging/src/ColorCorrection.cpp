@@ -7,6 +7,7 @@
 #include <new>
 #include <set>
 #include <shared_mutex>
+#include <thread>
 
 namespace qrx {
 
@@ -164,11 +165,17 @@ namespace {
 // The live handles. Appliers hold the lock shared, so a handle can't be ended
 // under them.
 struct save_set {
-    std::shared_timed_mutex mutex;
+    std::shared_mutex mutex;
     std::set<const FunctorBase*> handles;
 
+    // Waits at most 100 milliseconds for the lock.
     bool push(FunctorBase* aObject) {
-        std::unique_lock<std::shared_timed_mutex> lock(mutex, std::chrono::milliseconds(100));
+        std::unique_lock<std::shared_mutex> lock(mutex, std::try_to_lock);
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(100);
+        while (!lock.owns_lock() && std::chrono::steady_clock::now() < deadline) {
+            std::this_thread::sleep_for(std::chrono::microseconds(200));
+            lock.try_lock();
+        }
         if (!lock) return false;
         try {
             return handles.insert(aObject).second;
@@ -177,7 +184,7 @@ struct save_set {
         }
     }
     bool pull(FunctorBase* aObject) {
-        std::unique_lock<std::shared_timed_mutex> lock(mutex);
+        std::unique_lock<std::shared_mutex> lock(mutex);
         return handles.erase(aObject) == 1;
     }
 };
@@ -252,7 +259,7 @@ int destroyCorrectionHandle(FunctorBase* aObject) {
 
 bool WithLiveHandle(const void* aHandle, void (*aBody)(const FunctorBase&, void*), void* aContext) {
     save_set& set = g_ColorCorrectionHandles();
-    std::shared_lock<std::shared_timed_mutex> lock(set.mutex);
+    std::shared_lock<std::shared_mutex> lock(set.mutex);
     auto it = set.handles.find(static_cast<const FunctorBase*>(aHandle));
     if (it == set.handles.end()) return false;
     aBody(**it, aContext);
