@@ -130,32 +130,27 @@ namespace img {
 
 namespace {
 
-// 16 bytes widened to two halves of eight 16-bit lanes.
-struct tWide {
-    __m128i lo, hi;
-};
-
-__attribute__((target("ssse3"))) inline tWide Widen(__m128i v) {
-    const __m128i zero = _mm_setzero_si128();
-    return {_mm_unpacklo_epi8(v, zero), _mm_unpackhi_epi8(v, zero)};
-}
-
-__attribute__((target("ssse3"))) inline tWide Add(tWide a, tWide b) {
-    return {_mm_add_epi16(a.lo, b.lo), _mm_add_epi16(a.hi, b.hi)};
-}
-
-__attribute__((target("ssse3"))) inline __m128i Narrow(tWide a, int aShift) {
-    return _mm_packus_epi16(_mm_srli_epi16(a.lo, aShift), _mm_srli_epi16(a.hi, aShift));
-}
-
+// (a + b + c + d) >> 2 in eight bits: the mean of the two pair means,
+// rounded up (pavgb) only when both pair sums were odd.
 __attribute__((target("ssse3"))) inline __m128i Quarter(__m128i a, __m128i b, __m128i c,
                                                         __m128i d) {
-    return Narrow(Add(Add(Widen(a), Widen(b)), Add(Widen(c), Widen(d))), 2);
+    const __m128i one = _mm_set1_epi8(1);
+    const __m128i ab = _mm_xor_si128(a, b), cd = _mm_xor_si128(c, d);
+    const __m128i s1 = _mm_sub_epi8(_mm_avg_epu8(a, b), _mm_and_si128(ab, one));
+    const __m128i s2 = _mm_sub_epi8(_mm_avg_epu8(c, d), _mm_and_si128(cd, one));
+    const __m128i bothOdd = _mm_and_si128(_mm_and_si128(ab, cd), one);
+    const __m128i down = _mm_andnot_si128(bothOdd, _mm_and_si128(_mm_xor_si128(s1, s2), one));
+    return _mm_sub_epi8(_mm_avg_epu8(s1, s2), down);
 }
 
-__attribute__((target("ssse3"))) inline __m128i Half(__m128i a, __m128i b) {
-    const __m128i half = _mm_and_si128(_mm_srli_epi16(_mm_xor_si128(a, b), 1), _mm_set1_epi8(0x7F));
-    return _mm_add_epi8(_mm_and_si128(a, b), half);
+// The odd samples one site to the left (p[-1], p[1], ... p[29]) and the even
+// ones one site to the right (p[2] ... p[32]), from the split at p and the one
+// sample beyond it.
+__attribute__((target("ssse3"))) inline __m128i OddLeft(__m128i aOdd, const uint8_t* p) {
+    return _mm_alignr_epi8(aOdd, _mm_slli_si128(_mm_cvtsi32_si128(p[-1]), 15), 15);
+}
+__attribute__((target("ssse3"))) inline __m128i EvenRight(__m128i aEven, const uint8_t* p) {
+    return _mm_alignr_epi8(_mm_cvtsi32_si128(p[32]), aEven, 1);
 }
 
 // The three colours of 16 sites of one kind.
@@ -177,8 +172,9 @@ __attribute__((target("ssse3"))) inline tSites ColourSite(bool aRed, __m128i c, 
 __attribute__((target("ssse3"))) inline tSites GreenSite(bool aRedLine, __m128i c, __m128i up,
                                                          __m128i down, __m128i left, __m128i right,
                                                          __m128i ll, __m128i ur) {
-    const __m128i g = Narrow(Add(Add(Widen(c), Widen(c)), Add(Widen(ll), Widen(ur))), 2);
-    const __m128i across = Half(left, right), along = Half(up, down);
+    // (2c + ll + ur) >> 2 is the mean of c and the mean of ll and ur, both floored.
+    const __m128i g = Mean(c, Mean(ll, ur));
+    const __m128i across = Mean(left, right), along = Mean(up, down);
     return aRedLine ? tSites{across, g, along} : tSites{along, g, across};
 }
 
@@ -188,20 +184,16 @@ __attribute__((target("ssse3"))) uint32_t Line3x3Ssse3(uint8_t* aDest, const uin
                                                        const uint8_t* m, const uint8_t* l,
                                                        uint32_t aWidth, uint32_t aEvenColour,
                                                        bool aRedLine, bool aBgr) {
-    // Pairs (x, x + 1) from x = 2: each step reads samples [x - 2, x + 34) of three lines.
+    // Pairs (x, x + 1) from x = 2: each step reads samples [x - 1, x + 33) of three lines.
     uint32_t x = 2;
     for (; x + 34 <= aWidth; x += 32) {
-        __m128i mE, mO, mEl, mOl, mEr, mOr, uE, uO, uEl, uOl, uEr, uOr, lE, lO, lEl, lOl, lEr, lOr;
+        __m128i mE, mO, uE, uO, lE, lO;
         Split(m + x, mE, mO);
-        Split(m + x - 2, mEl, mOl);
-        Split(m + x + 2, mEr, mOr);
         Split(u + x, uE, uO);
-        Split(u + x - 2, uEl, uOl);
-        Split(u + x + 2, uEr, uOr);
         Split(l + x, lE, lO);
-        Split(l + x - 2, lEl, lOl);
-        Split(l + x + 2, lEr, lOr);
-        (void)mEl, (void)mOr, (void)uEl, (void)uOr, (void)lEl, (void)lOr;
+        const __m128i mOl = OddLeft(mO, m + x), mEr = EvenRight(mE, m + x);
+        const __m128i uOl = OddLeft(uO, u + x), uEr = EvenRight(uE, u + x);
+        const __m128i lOl = OddLeft(lO, l + x), lEr = EvenRight(lE, l + x);
         // Even sites: left M[x-1], right M[x+1]; odd sites: left M[x], right M[x+2].
         tSites even, odd;
         if (aEvenColour != 1) {
