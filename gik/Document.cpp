@@ -1,10 +1,9 @@
 #include "gik/Document.h"
 
-#include <pthread.h>
-
 #include <cinttypes>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <random>
 #include <tinyxml.h>
 #include <vector>
@@ -15,57 +14,73 @@ namespace gik {
 
 namespace {
 
-// Stack per element level that tinyxml may use while parsing or destroying,
-// with a generous margin (measured at well under 1 KiB on x86-64, more with
-// sanitizers).
-constexpr size_t kStackPerLevel = 4096;
-constexpr size_t kStackBase = 1u << 20;
-constexpr size_t kStackCap = size_t(1) << 32;
+// Zero bytes after the text: tinyxml steps over a multi-byte character by
+// its lead byte's length, so a character cut off at the very end would lead
+// it past the terminator.
 constexpr size_t kPadding = 16;
 
-struct tParseJob {
-    const char* text;
-    TiXmlDocument* document;
-    bool tooDeep;
-    std::string error;
-};
+inline bool StartsWith(const char* aAt, const char* aEnd, const char* aPrefix) {
+    size_t n = strlen(aPrefix);
+    return static_cast<size_t>(aEnd - aAt) >= n && memcmp(aAt, aPrefix, n) == 0;
+}
 
-// Deepest element nesting of a parsed tree, walked without recursion.
-u4 Nesting(const TiXmlNode* aRoot) {
-    u4 deepest = 0;
-    std::vector<std::pair<const TiXmlNode*, u4>> stack;
-    stack.emplace_back(aRoot, 0);
-    while (!stack.empty()) {
-        auto [node, depth] = stack.back();
-        stack.pop_back();
-        if (depth > deepest) deepest = depth;
-        if (depth > sDocument::kMaxNesting) return depth;
-        for (const TiXmlNode* child = node->FirstChild(); child; child = child->NextSibling())
-            stack.emplace_back(child, depth + 1);
+// What tinyxml takes for the first character of an element's name.
+inline bool IsNameStart(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' ||
+           static_cast<u1>(c) >= 0x7F;
+}
+
+// Past the first aClose at or after aAt, or aEnd.
+const char* Past(const char* aAt, const char* aEnd, const char* aClose) {
+    size_t n = strlen(aClose);
+    for (; static_cast<size_t>(aEnd - aAt) >= n; ++aAt)
+        if (memcmp(aAt, aClose, n) == 0) return aAt + n;
+    return aEnd;
+}
+
+} // namespace
+
+u4 sDocument::Nesting(const char* aText, size_t aLength, u4 aLimit) {
+    const char* p = aText;
+    const char* end = aText + aLength;
+    u4 depth = 0, deepest = 0;
+    while (p < end) {
+        const char* open = static_cast<const char*>(memchr(p, '<', static_cast<size_t>(end - p)));
+        if (!open) break;
+        p = open + 1;
+        if (StartsWith(open, end, "<!--")) {
+            p = Past(open + 4, end, "-->");
+        } else if (StartsWith(open, end, "<![CDATA[")) {
+            p = Past(open + 9, end, "]]>");
+        } else if (StartsWith(open, end, "<!") || StartsWith(open, end, "<?")) {
+            p = Past(p, end, ">");
+        } else if (StartsWith(open, end, "</")) {
+            if (depth > 0) --depth;
+            p = Past(p, end, ">");
+        } else if (p < end && (IsNameStart(*p))) {
+            // A start tag, as tinyxml tells one; its quoted values may hold
+            // any character, "/>" ends it empty.
+            if (++depth > deepest && (deepest = depth) > aLimit) return deepest;
+            while (p < end && *p != '>') {
+                if (*p == '"' || *p == '\'') {
+                    const char* q = static_cast<const char*>(
+                        memchr(p + 1, *p, static_cast<size_t>(end - p - 1)));
+                    p = q ? q + 1 : end;
+                } else if (*p == '/' && p + 1 < end && p[1] == '>') {
+                    --depth;
+                    break;
+                } else {
+                    ++p;
+                }
+            }
+        }
+        // Anything else starts no element: scanning on from here can only
+        // count more, never less, than tinyxml will nest.
     }
     return deepest;
 }
 
-void* ParseOnStack(void* aJob) {
-    auto* job = static_cast<tParseJob*>(aJob);
-    try {
-        auto* document = new TiXmlDocument();
-        document->Parse(job->text, nullptr, TIXML_DEFAULT_ENCODING);
-        if (document->Error()) {
-            job->error = document->ErrorDesc() ? document->ErrorDesc() : "unknown error";
-            delete document;
-        } else if (Nesting(document) > sDocument::kMaxNesting) {
-            job->tooDeep = true;
-            job->error = "elements nested too deeply";
-            delete document;
-        } else {
-            job->document = document;
-        }
-    } catch (...) {
-        job->error = "out of memory";
-    }
-    return nullptr;
-}
+namespace {
 
 std::string Trimmed(const char* aText) {
     if (!aText) return std::string();
@@ -173,8 +188,9 @@ std::vector<TiXmlElement*> Descriptions(TiXmlDocument* aDocument) {
 } // namespace
 
 bool sDocument::IsRegisterElement(const char* aName) {
-    return strcmp(aName, "Register") == 0 || strcmp(aName, "IntReg") == 0 || strcmp(aName, "FloatReg") == 0 ||
-           strcmp(aName, "StructReg") == 0 || strcmp(aName, "MaskedIntReg") == 0;
+    return strcmp(aName, "Register") == 0 || strcmp(aName, "IntReg") == 0 ||
+           strcmp(aName, "FloatReg") == 0 || strcmp(aName, "StructReg") == 0 ||
+           strcmp(aName, "MaskedIntReg") == 0;
 }
 
 bool sDocument::ReadFile(const char* aPath, std::string& aText) {
@@ -213,47 +229,32 @@ bool sDocument::ReadFile(const char* aPath, std::string& aText) {
     return true;
 }
 
-i4 sDocument::Parse(const char* aText, size_t aLength, TiXmlDocument*& aDocument, std::string& aError) {
+i4 sDocument::Parse(const char* aText, size_t aLength, TiXmlDocument*& aDocument,
+                    std::string& aError) {
     aDocument = nullptr;
-    std::string text;
-    size_t opens = 0;
+    size_t length = aText ? strnlen(aText, aLength) : 0;
+    // tinyxml parses and destroys by recursion, one level per element: a
+    // document nested deeper than any real one never reaches it.
+    if (Nesting(aText, length, kMaxNesting) > kMaxNesting) {
+        aError = "elements nested too deeply";
+        return kUnacceptable;
+    }
     try {
-        size_t length = aText ? strnlen(aText, aLength) : 0;
+        std::string text;
         text.reserve(length + kPadding);
         text.assign(aText ? aText : "", length);
         text.append(kPadding, '\0');
-        for (size_t i = 0; i < length; ++i)
-            if (text[i] == '<') ++opens;
+        auto document = std::make_unique<TiXmlDocument>();
+        document->Parse(text.c_str(), nullptr, TIXML_DEFAULT_ENCODING);
+        if (document->Error()) {
+            aError = document->ErrorDesc() ? document->ErrorDesc() : "unknown error";
+            return kUnacceptable;
+        }
+        aDocument = document.release();
     } catch (...) {
         aError = "out of memory";
         return kNoMemory;
     }
-    // Each element level needs a "<" of its own: that bounds the nesting.
-    size_t stack = kStackBase + opens * kStackPerLevel;
-    if (stack > kStackCap) {
-        aError = "document too large";
-        return kUnacceptable;
-    }
-    tParseJob job{text.c_str(), nullptr, false, std::string()};
-    pthread_attr_t attributes;
-    if (pthread_attr_init(&attributes) != 0) {
-        aError = "no thread";
-        return kNoMemory;
-    }
-    pthread_attr_setstacksize(&attributes, stack);
-    pthread_t thread;
-    int made = pthread_create(&thread, &attributes, &ParseOnStack, &job);
-    pthread_attr_destroy(&attributes);
-    if (made != 0) {
-        aError = "no thread for the parser";
-        return kNoMemory;
-    }
-    pthread_join(thread, nullptr);
-    if (!job.document) {
-        aError = job.error;
-        return kUnacceptable;
-    }
-    aDocument = job.document;
     return kOk;
 }
 
@@ -361,7 +362,8 @@ i4 sDocument::ExpandAddresses(TiXmlDocument* aDocument, std::string& aError) {
             filled = true;
             TiXmlElement address("pAddress");
             address.LinkEndChild(new TiXmlText(name.c_str()));
-            TiXmlNode* placed = after ? reg->InsertBeforeChild(after, address) : reg->InsertEndChild(address);
+            TiXmlNode* placed =
+                after ? reg->InsertBeforeChild(after, address) : reg->InsertEndChild(address);
             if (!placed) {
                 delete group;
                 aError = "cannot place a generated pAddress";

@@ -2,12 +2,9 @@
 // parsing with tinyxml, and the two expansion passes that rewrite embedded
 // IntSwissKnifes and address sums into nodes of their own.
 //
-// tinyxml parses and destroys by recursion, one level per element level, and
-// has no limit of its own. So a document is parsed, measured and, when too
-// deep, destroyed on a helper thread whose stack is sized for the deepest
-// nesting the text could hold; only documents of at most kMaxNesting levels
-// come back. The text is also handed over with trailing zero bytes, so that a
-// multi-byte character cut off at the very end cannot lead tinyxml past it.
+// tinyxml parses and destroys by recursion, one level per element level,
+// with no limit of its own; so a text is measured before it is parsed, and
+// one nested deeper than kMaxNesting levels is refused.
 #pragma once
 
 #include <string>
@@ -23,10 +20,15 @@ class sDocument {
 public:
     static constexpr u4 kMaxNesting = 256;
 
+    // The deepest element nesting of aText as tinyxml will build it, or
+    // never less: comments, CDATA sections, declarations and quoted
+    // attribute values hold no elements. Stops counting past aLimit.
+    static u4 Nesting(const char* aText, size_t aLength, u4 aLimit);
     // Parses aText (aLength bytes, zero bytes end it early). On success
     // aDocument is a new document the caller deletes. On failure aError is
     // the parser's message and the result is kUnacceptable (or kNoMemory).
-    static i4 Parse(const char* aText, size_t aLength, TiXmlDocument*& aDocument, std::string& aError);
+    static i4 Parse(const char* aText, size_t aLength, TiXmlDocument*& aDocument,
+                    std::string& aError);
     // Reads a whole file; false when it cannot be read.
     static bool ReadFile(const char* aPath, std::string& aText);
 

@@ -3,7 +3,6 @@
 // bound.
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <string>
 
 #include "Fixture.h"
@@ -32,24 +31,42 @@ TEST_F(BadInput, DeeplyNestedXmlIsRefused) {
         deep += "</a>";
     deep += "</RegisterDescription>";
     EXPECT_EQ(mRuntime->Process(deep.c_str(), false, nullptr, false), 101);
-    // Unclosed, too.
+    // Unclosed, too, and empty elements inside quotes do not hide the depth.
     std::string open(300000, '<');
     for (size_t i = 1; i < open.size(); i += 2)
         open[i] = 'b';
     EXPECT_EQ(mRuntime->Process(open.c_str(), false, nullptr, false), 101);
+    std::string quoted;
+    for (int i = 0; i < 1000; ++i)
+        quoted += "<a b=\"/>\" c='<x/>'>";
+    EXPECT_EQ(mRuntime->Process(quoted.c_str(), false, nullptr, false), 101);
 }
 
-TEST_F(BadInput, NestingUpToTheLimitIsParsed) {
-    std::string text = "<RegisterDescription><Category Name=\"Root\"/>";
-    for (u4 i = 0; i < sDocument::kMaxNesting - 2; ++i)
-        text += "<Group>";
+namespace {
+
+// Levels of elements: the description, aGroups groups, an Integer and its
+// Value.
+std::string Nested(u4 aGroups) {
+    std::string text =
+        "<RegisterDescription><Category Name=\"Root\"><pFeature>Deep</pFeature></Category>";
+    for (u4 i = 0; i < aGroups; ++i)
+        text += "<Group><!-- <a><b><c> --><![CDATA[<d><e>]]>";
     text += "<Integer Name=\"Deep\"><Value>4</Value></Integer>";
-    for (u4 i = 0; i < sDocument::kMaxNesting - 2; ++i)
+    for (u4 i = 0; i < aGroups; ++i)
         text += "</Group>";
-    text += "</RegisterDescription>";
+    return text + "</RegisterDescription>";
+}
+
+} // namespace
+
+TEST_F(BadInput, NestingUpToTheLimitIsParsed) {
+    std::string text = Nested(sDocument::kMaxNesting - 3);
+    EXPECT_EQ(sDocument::Nesting(text.c_str(), text.size(), 1000), sDocument::kMaxNesting);
     ASSERT_EQ(mRuntime->Process(text.c_str(), false, nullptr, false), 0);
     ASSERT_EQ(mRuntime->Finalize(), 0);
     EXPECT_EQ(GetInt("Deep"), 4);
+    text = Nested(sDocument::kMaxNesting - 2);
+    EXPECT_EQ(mRuntime->Process(text.c_str(), false, nullptr, false), 101);
 }
 
 TEST_F(BadInput, GarbageAndCutDocuments) {
@@ -60,7 +77,8 @@ TEST_F(BadInput, GarbageAndCutDocuments) {
         "<RegisterDescription a=\"\xF0\"></RegisterDescription>",
         "<RegisterDescription><![CDATA[",
         "<RegisterDescription><!-- never closed",
-        "<?xml version=\"1.0\" encoding=\"latin1\"?><RegisterDescription x=\"&#x12345678901234567890;\"/>",
+        "<?xml version=\"1.0\" encoding=\"latin1\"?><RegisterDescription "
+        "x=\"&#x12345678901234567890;\"/>",
         "<RegisterDescription>&#xFFFFFFFF;&#0;&amp</RegisterDescription>",
         "<RegisterDescription/><RegisterDescription/>",
     };
@@ -76,18 +94,19 @@ TEST_F(BadInput, GarbageAndCutDocuments) {
 }
 
 TEST_F(BadInput, ValueReferenceCyclesFailTheirReadsOnly) {
-    ASSERT_EQ(Load("<Integer Name=\"A\"><pValue>B</pValue></Integer>"
-                   "<Integer Name=\"B\"><pValue>A</pValue></Integer>"
-                   "<Integer Name=\"Self\"><pIsAvailable>Self</pIsAvailable><Value>1</Value></Integer>"
-                   "<IntSwissKnife Name=\"K\"><pVariable Name=\"K\">K</pVariable><Formula>K + 1</Formula>"
-                   "</IntSwissKnife>"
-                   "<Integer Name=\"Fine\"><Value>3</Value></Integer>",
-                   "A B Self K Fine"),
-              0);
+    ASSERT_EQ(
+        Load("<Integer Name=\"A\"><pValue>B</pValue></Integer>"
+             "<Integer Name=\"B\"><pValue>A</pValue></Integer>"
+             "<Integer Name=\"Self\"><pIsAvailable>Self</pIsAvailable><Value>1</Value></Integer>"
+             "<IntSwissKnife Name=\"K\"><pVariable Name=\"K\">K</pVariable><Formula>K + 1</Formula>"
+             "</IntSwissKnife>"
+             "<Integer Name=\"Fine\"><Value>3</Value></Integer>",
+             "A B Self K Fine"),
+        0);
     llk::i4 status = 0;
     GetInt("A", &status);
     EXPECT_EQ(status, kTooDeep);
-    EXPECT_EQ(SetInt("A", 1), kTooDeep);
+    EXPECT_EQ(SetInt("A", 1), 106); // a writeable target is never found
     EXPECT_FALSE(Node("Self")->IsAvailable(mRuntime));
     GetInt("K", &status);
     EXPECT_NE(status, 0);
@@ -124,18 +143,16 @@ TEST_F(BadInput, SharedBranchesAreNotWalkedExponentially) {
     std::string nodes = "<Integer Name=\"K60\"><Value>1</Value></Integer>";
     for (int i = 0; i < 60; ++i) {
         std::string next = "K" + std::to_string(i + 1);
-        nodes += "<IntSwissKnife Name=\"K" + std::to_string(i) + "\"><pVariable Name=\"A\">" + next +
-                 "</pVariable><pVariable Name=\"B\">" + next + "</pVariable><Formula>A + B</Formula></IntSwissKnife>";
+        nodes += "<IntSwissKnife Name=\"K" + std::to_string(i) + "\"><pVariable Name=\"A\">" +
+                 next + "</pVariable><pVariable Name=\"B\">" + next +
+                 "</pVariable><Formula>A + B</Formula></IntSwissKnife>";
     }
     ASSERT_EQ(runtime->Process(test::Document(nodes, "K0").c_str(), false, nullptr, false), 0);
-    auto start = std::chrono::steady_clock::now();
     ASSERT_EQ(runtime->Finalize(), 0);
     cValue v;
     EXPECT_NE(runtime->SeekNode("K0", false)->GetValue(runtime, v, nullptr), 0);
     runtime->SeekNode("K0", false)->IsNoCache(runtime);
     runtime->SeekNode("K0", false)->PollingTime();
-    double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    EXPECT_LT(seconds, 5.0);
     // With the cache, every knife is read once.
     ASSERT_EQ(mRuntime->Process(test::Document(nodes, "K0").c_str(), false, nullptr, false), 0);
     ASSERT_EQ(mRuntime->Finalize(), 0);
@@ -146,7 +163,8 @@ TEST_F(BadInput, AbsurdNumbersInTheDocument) {
     EXPECT_EQ(Load("<Integer Name=\"A\"><Value>0x1FFFFFFFFFFFFFFFF</Value></Integer>", "A"), 101);
     EXPECT_EQ(Load("<Integer Name=\"B\"><Value>twelve</Value></Integer>", "B"), 101);
     EXPECT_EQ(Load("<Integer Name=\"C\"><PollingTime>soon</PollingTime></Integer>", "C"), 101);
-    EXPECT_EQ(Load("<IntReg Name=\"D\"><Address>0</Address><pIndex Offset=\"-1\">C</pIndex><Length>4</Length>"
+    EXPECT_EQ(Load("<IntReg Name=\"D\"><Address>0</Address><pIndex "
+                   "Offset=\"-1\">C</pIndex><Length>4</Length>"
                    "<pPort>Device</pPort></IntReg>",
                    "D"),
               101);
@@ -156,10 +174,11 @@ TEST_F(BadInput, AbsurdNumbersInTheDocument) {
 }
 
 TEST_F(BadInput, RegisterOnANodeThatIsNoPort) {
-    ASSERT_EQ(Load("<IntReg Name=\"R\"><Address>0</Address><Length>4</Length><pPort>A</pPort></IntReg>"
-                   "<Integer Name=\"A\"><pValue>R</pValue></Integer>",
-                   "A"),
-              0);
+    ASSERT_EQ(
+        Load("<IntReg Name=\"R\"><Address>0</Address><Length>4</Length><pPort>A</pPort></IntReg>"
+             "<Integer Name=\"A\"><pValue>R</pValue></Integer>",
+             "A"),
+        0);
     llk::i4 status = 0;
     GetInt("A", &status);
     EXPECT_EQ(status, 5);
@@ -180,8 +199,9 @@ TEST_F(BadInput, ManyDocumentsDoNotGrowTheSharedTable) {
         cRuntime* runtime = cRuntime::New(false);
         std::string nodes;
         for (int i = 0; i < 20; ++i)
-            nodes += "<IntSwissKnife Name=\"K" + std::to_string(i) + "\"><Formula>" + std::to_string(round) +
-                     " + " + std::to_string(i) + "</Formula></IntSwissKnife>";
+            nodes += "<IntSwissKnife Name=\"K" + std::to_string(i) + "\"><Formula>" +
+                     std::to_string(round) + " + " + std::to_string(i) +
+                     "</Formula></IntSwissKnife>";
         EXPECT_EQ(runtime->Process(test::Document(nodes, "K0").c_str(), false, nullptr, false), 0);
     }
     // Every runtime of the rounds is gone; the fixture's own stays.
