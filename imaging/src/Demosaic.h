@@ -40,10 +40,26 @@ inline void Pixel2x2(It& aOut, const S* l0, const S* l1, uint32_t x) {
         aOut.Write(d, (b + c) >> 1, a);
 }
 
-template <class It, class S>
-constexpr bool kVectorLine = std::is_same_v<S, uint8_t> &&
-                             (std::is_same_v<It, PixelIteratorBGR24> ||
-                              std::is_same_v<It, PixelIteratorRGB24>);
+// The display format an iterator of 8-bit samples writes where a vector line
+// form exists, else -1.
+template <class It, class S> constexpr int VectorFormat() {
+    if constexpr (!std::is_same_v<S, uint8_t>)
+        return -1;
+    else if constexpr (std::is_same_v<It, PixelIteratorMono8_Rec601>)
+        return 0;
+    else if constexpr (std::is_same_v<It, PixelIteratorBGR24>)
+        return 1;
+    else if constexpr (std::is_same_v<It, PixelIteratorBGRA32>)
+        return 2;
+    else if constexpr (std::is_same_v<It, PixelIteratorRGB24>)
+        return 3;
+    else if constexpr (std::is_same_v<It, PixelIteratorRGBA32>)
+        return 4;
+    else if constexpr (std::is_same_v<It, PixelIteratorMono8_Rec709>)
+        return 5;
+    else
+        return -1;
+}
 
 // One output line. The window moves one pixel at a time, so odd pixels use
 // the even phase with its columns swapped; the last pixel reuses the window of
@@ -52,9 +68,9 @@ template <int Even, class It, class S>
 void Line2x2(It aOut, uint8_t* aDest, const S* l0, const S* l1, uint32_t aWidth) {
     constexpr int Odd = Even ^ 2;
     uint32_t x = 0;
-    if constexpr (kVectorLine<It, S>) {
+    if constexpr (VectorFormat<It, S>() >= 0) {
         if (HaveSsse3()) {
-            x = Line3Ssse3(aDest, l0, l1, aWidth, Even, std::is_same_v<It, PixelIteratorBGR24>);
+            x = Line2x2Ssse3(aDest, l0, l1, aWidth, Even, VectorFormat<It, S>());
             aOut.p = aDest + x * It::kBytes;
         }
     }

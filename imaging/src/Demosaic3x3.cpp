@@ -48,12 +48,12 @@ void Line3x3(It aOut, uint8_t* aDest, const uint8_t* aSource, uint32_t w, uint32
     aOut.Write(v.r, v.g, v.b);
     aOut.Write(v.r, v.g, v.b);
     uint32_t x = 2;
-    if constexpr (kVectorLine<It, uint8_t>) {
+    if constexpr (VectorFormat<It, uint8_t>() >= 0) {
         if (HaveSsse3()) {
             const uint8_t* line = aSource + static_cast<size_t>(m) * w;
             const bool redLine = SiteColour(aPattern, 0, m) == 0 || SiteColour(aPattern, 1, m) == 0;
             x = Line3x3Ssse3(aDest, line - w, line, line + w, w, SiteColour(aPattern, 0, m),
-                             redLine, std::is_same_v<It, PixelIteratorBGR24>);
+                             redLine, VectorFormat<It, uint8_t>());
             aOut.p = aDest + x * It::kBytes;
         }
     }

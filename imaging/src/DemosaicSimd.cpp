@@ -2,6 +2,8 @@
 
 #include <immintrin.h>
 
+#include <type_traits>
+
 namespace img {
 
 bool HaveSsse3() {
@@ -54,11 +56,94 @@ __attribute__((target("ssse3"))) inline void Interleave(uint8_t* out, __m128i c0
     }
 }
 
+// Four planes of 16 pixels into 64 interleaved bytes.
+__attribute__((target("ssse3"))) inline void Interleave4(uint8_t* out, __m128i c0, __m128i c1,
+                                                         __m128i c2, __m128i c3) {
+    const __m128i lo01 = _mm_unpacklo_epi8(c0, c1), hi01 = _mm_unpackhi_epi8(c0, c1);
+    const __m128i lo23 = _mm_unpacklo_epi8(c2, c3), hi23 = _mm_unpackhi_epi8(c2, c3);
+    auto* at = reinterpret_cast<__m128i*>(out);
+    _mm_storeu_si128(at, _mm_unpacklo_epi16(lo01, lo23));
+    _mm_storeu_si128(at + 1, _mm_unpackhi_epi16(lo01, lo23));
+    _mm_storeu_si128(at + 2, _mm_unpacklo_epi16(hi01, hi23));
+    _mm_storeu_si128(at + 3, _mm_unpackhi_epi16(hi01, hi23));
+}
+
+// (wr * r + wg * g + wb * b + aRound) >> 8 for 16 pixels; the weights sum to
+// 256, so no lane passes 16 bits.
+template <int wr, int wg, int wb, int aRound>
+__attribute__((target("ssse3"))) inline __m128i Luma(__m128i r, __m128i g, __m128i b) {
+    const __m128i zero = _mm_setzero_si128();
+    auto half = [&](__m128i r16, __m128i g16, __m128i b16) {
+        __m128i sum = _mm_add_epi16(_mm_mullo_epi16(r16, _mm_set1_epi16(wr)),
+                                    _mm_mullo_epi16(g16, _mm_set1_epi16(wg)));
+        sum = _mm_add_epi16(sum, _mm_mullo_epi16(b16, _mm_set1_epi16(wb)));
+        return _mm_srli_epi16(_mm_add_epi16(sum, _mm_set1_epi16(aRound)), 8);
+    };
+    return _mm_packus_epi16(
+        half(_mm_unpacklo_epi8(r, zero), _mm_unpacklo_epi8(g, zero), _mm_unpacklo_epi8(b, zero)),
+        half(_mm_unpackhi_epi8(r, zero), _mm_unpackhi_epi8(g, zero), _mm_unpackhi_epi8(b, zero)));
+}
+
+// 32 pixels, from planes of the even (r0, g0, b0) and the odd pixels, in
+// display format Format at aDest.
+template <int Format>
+__attribute__((target("ssse3"))) inline void
+Store32(uint8_t* aDest, __m128i r0, __m128i g0, __m128i b0, __m128i r1, __m128i g1, __m128i b1) {
+    const __m128i rLo = _mm_unpacklo_epi8(r0, r1), rHi = _mm_unpackhi_epi8(r0, r1);
+    const __m128i gLo = _mm_unpacklo_epi8(g0, g1), gHi = _mm_unpackhi_epi8(g0, g1);
+    const __m128i bLo = _mm_unpacklo_epi8(b0, b1), bHi = _mm_unpackhi_epi8(b0, b1);
+    const __m128i opaque = _mm_set1_epi8(-1);
+    auto* at = reinterpret_cast<__m128i*>(aDest);
+    if constexpr (Format == 0) {
+        _mm_storeu_si128(at, Luma<77, 150, 29, 0>(rLo, gLo, bLo));
+        _mm_storeu_si128(at + 1, Luma<77, 150, 29, 0>(rHi, gHi, bHi));
+    } else if constexpr (Format == 5) {
+        _mm_storeu_si128(at, Luma<54, 184, 18, 128>(rLo, gLo, bLo));
+        _mm_storeu_si128(at + 1, Luma<54, 184, 18, 128>(rHi, gHi, bHi));
+    } else if constexpr (Format == 1) {
+        Interleave(aDest, bLo, gLo, rLo);
+        Interleave(aDest + 48, bHi, gHi, rHi);
+    } else if constexpr (Format == 3) {
+        Interleave(aDest, rLo, gLo, bLo);
+        Interleave(aDest + 48, rHi, gHi, bHi);
+    } else if constexpr (Format == 2) {
+        Interleave4(aDest, bLo, gLo, rLo, opaque);
+        Interleave4(aDest + 64, bHi, gHi, rHi, opaque);
+    } else {
+        Interleave4(aDest, rLo, gLo, bLo, opaque);
+        Interleave4(aDest + 64, rHi, gHi, bHi, opaque);
+    }
+}
+
+// Calls aBody with the format as a compile-time value.
+template <class Body> uint32_t WithFormat(uint32_t aFormat, Body&& aBody) {
+    switch (aFormat) {
+    case 0:
+        return aBody(std::integral_constant<int, 0>{});
+    case 1:
+        return aBody(std::integral_constant<int, 1>{});
+    case 2:
+        return aBody(std::integral_constant<int, 2>{});
+    case 3:
+        return aBody(std::integral_constant<int, 3>{});
+    case 4:
+        return aBody(std::integral_constant<int, 4>{});
+    case 5:
+        return aBody(std::integral_constant<int, 5>{});
+    default:
+        return 0;
+    }
+}
+
+constexpr uint32_t kBytes[] = {1, 3, 4, 3, 4, 1};
+
 } // namespace
 
-__attribute__((target("ssse3"))) uint32_t Line3Ssse3(uint8_t* aDest, const uint8_t* l0,
-                                                     const uint8_t* l1, uint32_t aWidth, int aEven,
-                                                     bool aBgr) {
+namespace {
+
+template <int Format>
+__attribute__((target("ssse3"))) uint32_t Line2x2(uint8_t* aDest, const uint8_t* l0,
+                                                  const uint8_t* l1, uint32_t aWidth, int aEven) {
     uint32_t x = 0;
     // Each step reads samples [x, x + 34) and writes pixels [x, x + 32).
     for (; x + 34 <= aWidth; x += 32) {
@@ -83,20 +168,16 @@ __attribute__((target("ssse3"))) uint32_t Line3Ssse3(uint8_t* aDest, const uint8
             r0 = D, g0 = Mean(B, C), b0 = A, r1 = D, g1 = Mean(B, F), b1 = E;
             break;
         }
-        // Pixels 2i and 2i + 1 of the pair planes, in order.
-        const __m128i rLo = _mm_unpacklo_epi8(r0, r1), rHi = _mm_unpackhi_epi8(r0, r1);
-        const __m128i gLo = _mm_unpacklo_epi8(g0, g1), gHi = _mm_unpackhi_epi8(g0, g1);
-        const __m128i bLo = _mm_unpacklo_epi8(b0, b1), bHi = _mm_unpackhi_epi8(b0, b1);
-        uint8_t* out = aDest + 3 * x;
-        if (aBgr) {
-            Interleave(out, bLo, gLo, rLo);
-            Interleave(out + 48, bHi, gHi, rHi);
-        } else {
-            Interleave(out, rLo, gLo, bLo);
-            Interleave(out + 48, rHi, gHi, bHi);
-        }
+        Store32<Format>(aDest + kBytes[Format] * x, r0, g0, b0, r1, g1, b1);
     }
     return x;
+}
+
+} // namespace
+
+uint32_t Line2x2Ssse3(uint8_t* aDest, const uint8_t* l0, const uint8_t* l1, uint32_t aWidth,
+                      int aEven, uint32_t aFormat) {
+    return WithFormat(aFormat, [&](auto f) { return Line2x2<f()>(aDest, l0, l1, aWidth, aEven); });
 }
 
 } // namespace img
@@ -178,12 +259,10 @@ __attribute__((target("ssse3"))) inline tSites GreenSite(bool aRedLine, __m128i 
     return aRedLine ? tSites{across, g, along} : tSites{along, g, across};
 }
 
-} // namespace
-
-__attribute__((target("ssse3"))) uint32_t Line3x3Ssse3(uint8_t* aDest, const uint8_t* u,
-                                                       const uint8_t* m, const uint8_t* l,
-                                                       uint32_t aWidth, uint32_t aEvenColour,
-                                                       bool aRedLine, bool aBgr) {
+template <int Format>
+__attribute__((target("ssse3"))) uint32_t
+Line3x3(uint8_t* aDest, const uint8_t* u, const uint8_t* m, const uint8_t* l, uint32_t aWidth,
+        uint32_t aEvenColour, bool aRedLine) {
     // Pairs (x, x + 1) from x = 2: each step reads samples [x - 1, x + 33) of three lines.
     uint32_t x = 2;
     for (; x + 34 <= aWidth; x += 32) {
@@ -203,22 +282,18 @@ __attribute__((target("ssse3"))) uint32_t Line3x3Ssse3(uint8_t* aDest, const uin
             even = GreenSite(aRedLine, mE, uE, lE, mOl, mO, lOl, uO);
             odd = ColourSite(aRedLine, mO, uO, lO, mE, mEr, uE, uEr, lE, lEr);
         }
-        const __m128i rLo = _mm_unpacklo_epi8(even.r, odd.r),
-                      rHi = _mm_unpackhi_epi8(even.r, odd.r);
-        const __m128i gLo = _mm_unpacklo_epi8(even.g, odd.g),
-                      gHi = _mm_unpackhi_epi8(even.g, odd.g);
-        const __m128i bLo = _mm_unpacklo_epi8(even.b, odd.b),
-                      bHi = _mm_unpackhi_epi8(even.b, odd.b);
-        uint8_t* out = aDest + 3 * x;
-        if (aBgr) {
-            Interleave(out, bLo, gLo, rLo);
-            Interleave(out + 48, bHi, gHi, rHi);
-        } else {
-            Interleave(out, rLo, gLo, bLo);
-            Interleave(out + 48, rHi, gHi, bHi);
-        }
+        Store32<Format>(aDest + kBytes[Format] * x, even.r, even.g, even.b, odd.r, odd.g, odd.b);
     }
     return x;
+}
+
+} // namespace
+
+uint32_t Line3x3Ssse3(uint8_t* aDest, const uint8_t* u, const uint8_t* m, const uint8_t* l,
+                      uint32_t aWidth, uint32_t aEvenColour, bool aRedLine, uint32_t aFormat) {
+    return WithFormat(aFormat, [&](auto f) {
+        return Line3x3<f()>(aDest, u, m, l, aWidth, aEvenColour, aRedLine);
+    });
 }
 
 } // namespace img

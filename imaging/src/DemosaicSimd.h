@@ -1,5 +1,7 @@
-// A vector form of the 2x2 demosaic into three-byte pixels, for processors
-// with SSSE3; it gives the same bytes as the plain form.
+// Vector forms of the 2x2 and 3x3 demosaic lines and of the 12-bit unpacking,
+// for processors with SSSE3; they give the same bytes as the plain forms.
+// The line forms write display formats 0 to 5 (mono, BGR, BGRA, RGB, RGBA,
+// mono Rec. 709); for another they write nothing and return 0.
 #pragma once
 
 #include <cstddef>
@@ -10,15 +12,15 @@ namespace img {
 bool HaveSsse3();
 
 // Writes pixels [0, return value) of one output line (a multiple of 32, never
-// the last pair); aEven is the line's even phase, aBgr the byte order.
-uint32_t Line3Ssse3(uint8_t* aDest, const uint8_t* l0, const uint8_t* l1, uint32_t aWidth,
-                    int aEven, bool aBgr);
+// the last pair); aEven is the line's even phase.
+uint32_t Line2x2Ssse3(uint8_t* aDest, const uint8_t* l0, const uint8_t* l1, uint32_t aWidth,
+                      int aEven, uint32_t aFormat);
 
 // "3x3" for one interior line (lines u, m, l): writes pixels [2, return value)
 // of the line. aEvenColour is the colour of the line's even sites (0 red,
 // 1 green, 2 blue); aRedLine says whether the line holds red samples.
 uint32_t Line3x3Ssse3(uint8_t* aDest, const uint8_t* u, const uint8_t* m, const uint8_t* l,
-                      uint32_t aWidth, uint32_t aEvenColour, bool aRedLine, bool aBgr);
+                      uint32_t aWidth, uint32_t aEvenColour, bool aRedLine, uint32_t aFormat);
 
 // The upper eight bits of 12-bit packed pixels; returns how many pixels it
 // wrote (a multiple of 32), reading only inside the source.
