@@ -2,13 +2,23 @@
 
 #include <immintrin.h>
 
+#include <atomic>
+
 #include <type_traits>
 
 namespace img {
 
+namespace {
+std::atomic<bool> gVectorForms{true};
+}
+
 bool HaveSsse3() {
     static const bool have = __builtin_cpu_supports("ssse3");
-    return have;
+    return have && gVectorForms.load(std::memory_order_relaxed);
+}
+
+void UseVectorForms(bool aUse) {
+    gVectorForms = aUse;
 }
 
 namespace {

@@ -17,25 +17,40 @@ constexpr uint32_t kUyvy = 6;
 // in six bytes (U Y Y V Y Y), YUV 4:4:4 in three bytes.
 constexpr uint32_t kPacked12 = 128, kYuv411 = 129, kYuv444 = 130;
 
-void SwapPixels(uint8_t* a, uint8_t* b, uint32_t n) {
-    uint8_t t[8];
-    memcpy(t, a, n);
-    memcpy(a, b, n);
-    memcpy(b, t, n);
+// Fixed widths, so that each swap is a few register moves.
+template <uint32_t N> inline void SwapPixels(uint8_t* a, uint8_t* b) {
+    uint8_t t[N];
+    memcpy(t, a, N);
+    memcpy(a, b, N);
+    memcpy(b, t, N);
+}
+
+template <uint32_t N> void ReversePixels(uint8_t* aRow, uint32_t aPixels) {
+    for (uint32_t i = 0; i < aPixels / 2; ++i)
+        SwapPixels<N>(aRow + i * N, aRow + (aPixels - 1 - i) * N);
 }
 
 // Reverses the pixels of one row; UYVY reverses its pairs and their lumas.
 void ReverseRow(uint8_t* aRow, uint32_t aPixels, uint32_t aBytes, bool aUyvy) {
     if (aUyvy) {
         const uint32_t pairs = aPixels / 2;
-        for (uint32_t i = 0; i < pairs / 2; ++i)
-            SwapPixels(aRow + 4 * i, aRow + 4 * (pairs - 1 - i), 4);
+        ReversePixels<4>(aRow, pairs);
         for (uint32_t i = 0; i < pairs; ++i)
             std::swap(aRow[4 * i + 1], aRow[4 * i + 3]);
         return;
     }
-    for (uint32_t i = 0; i < aPixels / 2; ++i)
-        SwapPixels(aRow + i * aBytes, aRow + (aPixels - 1 - i) * aBytes, aBytes);
+    switch (aBytes) {
+    case 1:
+        return std::reverse(aRow, aRow + aPixels);
+    case 2:
+        return ReversePixels<2>(aRow, aPixels);
+    case 3:
+        return ReversePixels<3>(aRow, aPixels);
+    case 4:
+        return ReversePixels<4>(aRow, aPixels);
+    default:
+        return ReversePixels<6>(aRow, aPixels);
+    }
 }
 
 // Reverses a row of 12-bit pairs: the pixels are taken apart and put back.
@@ -58,8 +73,7 @@ void ReversePacked12(uint8_t* aRow, uint32_t aPixels) {
 // Reverses a row of YUV 4:1:1 groups and the four lumas in each.
 void ReverseYuv411(uint8_t* aRow, uint32_t aPixels) {
     const uint32_t groups = aPixels / 4;
-    for (uint32_t i = 0; i < groups / 2; ++i)
-        SwapPixels(aRow + 6 * i, aRow + 6 * (groups - 1 - i), 6);
+    ReversePixels<6>(aRow, groups);
     for (uint32_t i = 0; i < groups; ++i) {
         uint8_t* g = aRow + 6 * i;
         std::swap(g[1], g[5]);

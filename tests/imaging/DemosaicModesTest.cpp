@@ -6,6 +6,7 @@
 #include <array>
 
 #include "BandPool.h"
+#include "DemosaicSimd.h"
 #include "ImagingReference.h"
 
 namespace {
@@ -295,6 +296,42 @@ TEST(DemosaicModesTest, BandsOnSeveralThreadsMatchOnePass) {
             EXPECT_EQ(one, many) << mode << " " << format;
         }
     img::SetBandLimits(size_t(1) << 18, 0);
+}
+
+} // namespace
+
+namespace {
+
+using namespace ref;
+
+// Every vector form gives the bytes of the plain form it stands for.
+TEST(DemosaicModesTest, VectorFormsMatchThePlainForms) {
+    const uint32_t w = 134, h = 10;
+    const std::vector<uint8_t> raw = Random(w * h * 2, 31);
+    auto both = [&](auto aRun, size_t aBytes, const char* aWhat) {
+        std::vector<uint8_t> plain(aBytes, 0), vector(aBytes, 0);
+        img::UseVectorForms(false);
+        aRun(plain.data());
+        img::UseVectorForms(true);
+        aRun(vector.data());
+        EXPECT_EQ(plain, vector) << aWhat;
+    };
+    for (uint32_t pattern = 0; pattern < 4; ++pattern)
+        for (uint32_t format = 0; format <= 8; ++format) {
+            const size_t bytes = size_t(w) * h * OutputBytes(format);
+            both([&](uint8_t* d) { TvkRaw8ImageTransform(d, raw.data(), w, h, format, pattern); },
+                 bytes, "2x2");
+            both(
+                [&](uint8_t* d) {
+                    TvkRaw8ImageTransform_3x3(d, raw.data(), w, h, format, pattern);
+                },
+                bytes, "3x3");
+            both([&](uint8_t* d) { TvkRaw12ImageTransform(d, raw.data(), w, h, format, pattern); },
+                 bytes, "12-bit packed");
+        }
+    for (uint32_t pixels : {1u, 31u, 32u, 33u, 64u, 1001u})
+        both([&](uint8_t* d) { TvkPacked12BitTo8Bit(d, raw.data(), pixels & ~1u, 1); }, pixels,
+             "unpacking");
 }
 
 } // namespace
