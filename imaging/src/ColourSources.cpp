@@ -25,15 +25,38 @@ inline uint32_t Clamp8(int32_t aValue) {
     return static_cast<uint32_t>(std::clamp(aValue, 0, 255));
 }
 
-template <class Range = tLimited, class It>
-inline void WriteYuv(It& aOut, uint32_t aY, uint32_t aU, uint32_t aV) {
-    const int32_t y = std::max(static_cast<int32_t>(aY) - Range::kFoot, 0) * Range::kCY;
-    const int32_t u = static_cast<int32_t>(aU) - 128, v = static_cast<int32_t>(aV) - 128;
-    constexpr int32_t kHalf = 1 << 19;
-    aOut.Write(Clamp8((y + Range::kCVR * v + kHalf) >> 20),
-               Clamp8((y + Range::kCUG * u + Range::kCVG * v + kHalf) >> 20),
-               Clamp8((y + Range::kCUB * u + kHalf) >> 20));
+// The chroma terms of one U, V, shared by the pixels that use them.
+template <class Range> struct tChroma {
+    int32_t r, g, b;
+    tChroma(uint32_t aU, uint32_t aV) {
+        const int32_t u = static_cast<int32_t>(aU) - 128, v = static_cast<int32_t>(aV) - 128;
+        constexpr int32_t kHalf = 1 << 19;
+        r = Range::kCVR * v + kHalf;
+        g = Range::kCUG * u + Range::kCVG * v + kHalf;
+        b = Range::kCUB * u + kHalf;
+    }
+    template <class It> void Write(It& aOut, uint32_t aY) const {
+        const int32_t y = std::max(static_cast<int32_t>(aY) - Range::kFoot, 0) * Range::kCY;
+        aOut.Write(Clamp8((y + r) >> 20), Clamp8((y + g) >> 20), Clamp8((y + b) >> 20));
+    }
+};
+
+// Groups of aGroup pixels of aBytes bytes that share one U at byte 0 and one
+// V at byte aV; aLuma lists the bytes of the lumas.
+template <class Range, uint32_t aGroup, uint32_t aBytes, uint32_t aV>
+TvkError_t YuvGroups(uint8_t* aDest, const uint8_t* aSource, size_t aPixels, uint32_t aFormat,
+                     const uint8_t (&aLuma)[aGroup]) {
+    return WithIterator(aFormat, [&](auto aIterator) {
+        aIterator.p = aDest;
+        for (size_t i = 0; i < aPixels / aGroup; ++i, aSource += aBytes) {
+            const tChroma<Range> chroma(aSource[0], aSource[aV]);
+            for (uint32_t k = 0; k < aGroup; ++k)
+                chroma.Write(aIterator, aSource[aLuma[k]]);
+        }
+    });
 }
+
+constexpr uint8_t kLuma411[4] = {1, 2, 4, 5}, kLuma422[2] = {1, 3}, kLuma444[1] = {1};
 
 // Pixels written in order: aPixel(out, i) for each i.
 template <class Pixel>
@@ -128,11 +151,7 @@ TvkError_t ColourToOutput(uint8_t* aDest, const uint8_t* aSource, size_t aPixels
 
 TvkError_t Yuv411ToOutput(uint8_t* aDest, const uint8_t* aSource, size_t aPixels,
                           uint32_t aFormat) {
-    return Each(aDest, aPixels, aFormat, [&](auto& out, size_t i) {
-        const uint8_t* group = aSource + i / 4 * 6;
-        static constexpr uint8_t kLuma[4] = {1, 2, 4, 5};
-        WriteYuv(out, group[kLuma[i & 3]], group[0], group[3]);
-    });
+    return YuvGroups<tLimited, 4, 6, 3>(aDest, aSource, aPixels, aFormat, kLuma411);
 }
 
 TvkError_t Yuv422ToOutput(uint8_t* aDest, const uint8_t* aSource, size_t aPixels,
@@ -141,26 +160,17 @@ TvkError_t Yuv422ToOutput(uint8_t* aDest, const uint8_t* aSource, size_t aPixels
         memcpy(aDest, aSource, aPixels * 2);
         return TvkErrorSuccess;
     }
-    return Each(aDest, aPixels, aFormat, [&](auto& out, size_t i) {
-        const uint8_t* pair = aSource + i / 2 * 4;
-        WriteYuv(out, pair[1 + 2 * (i & 1)], pair[0], pair[2]);
-    });
+    return YuvGroups<tLimited, 2, 4, 2>(aDest, aSource, aPixels, aFormat, kLuma422);
 }
 
 TvkError_t Yuv422FullRangeToOutput(uint8_t* aDest, const uint8_t* aSource, size_t aPixels,
                                    uint32_t aFormat) {
-    return Each(aDest, aPixels, aFormat, [&](auto& out, size_t i) {
-        const uint8_t* pair = aSource + i / 2 * 4;
-        WriteYuv<tFull>(out, pair[1 + 2 * (i & 1)], pair[0], pair[2]);
-    });
+    return YuvGroups<tFull, 2, 4, 2>(aDest, aSource, aPixels, aFormat, kLuma422);
 }
 
 TvkError_t Yuv444ToOutput(uint8_t* aDest, const uint8_t* aSource, size_t aPixels,
                           uint32_t aFormat) {
-    return Each(aDest, aPixels, aFormat, [&](auto& out, size_t i) {
-        const uint8_t* p = aSource + i * 3;
-        WriteYuv(out, p[1], p[0], p[2]);
-    });
+    return YuvGroups<tLimited, 1, 3, 2>(aDest, aSource, aPixels, aFormat, kLuma444);
 }
 
 } // namespace img
