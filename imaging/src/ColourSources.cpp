@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "ColourSourcesSimd.h"
 #include "Demosaic.h"
 #include "PixelIterators.h"
 
@@ -160,12 +161,16 @@ TvkError_t Yuv422ToOutput(uint8_t* aDest, const uint8_t* aSource, size_t aPixels
         memcpy(aDest, aSource, aPixels * 2);
         return TvkErrorSuccess;
     }
-    return YuvGroups<tLimited, 2, 4, 2>(aDest, aSource, aPixels, aFormat, kLuma422);
+    const size_t done = HaveSse41() ? Yuv422Sse41(aDest, aSource, aPixels, aFormat, false) : 0;
+    return YuvGroups<tLimited, 2, 4, 2>(aDest + done * OutputBytes(aFormat), aSource + 2 * done,
+                                        aPixels - done, aFormat, kLuma422);
 }
 
 TvkError_t Yuv422FullRangeToOutput(uint8_t* aDest, const uint8_t* aSource, size_t aPixels,
                                    uint32_t aFormat) {
-    return YuvGroups<tFull, 2, 4, 2>(aDest, aSource, aPixels, aFormat, kLuma422);
+    const size_t done = HaveSse41() ? Yuv422Sse41(aDest, aSource, aPixels, aFormat, true) : 0;
+    return YuvGroups<tFull, 2, 4, 2>(aDest + done * OutputBytes(aFormat), aSource + 2 * done,
+                                     aPixels - done, aFormat, kLuma422);
 }
 
 TvkError_t Yuv444ToOutput(uint8_t* aDest, const uint8_t* aSource, size_t aPixels,

@@ -1,6 +1,6 @@
 #include "DemosaicSimd.h"
 
-#include <immintrin.h>
+#include "SimdStore.h"
 
 #include <atomic>
 
@@ -8,12 +8,19 @@
 
 namespace img {
 
+using namespace simd;
+
 namespace {
 std::atomic<bool> gVectorForms{true};
 }
 
 bool HaveSsse3() {
     static const bool have = __builtin_cpu_supports("ssse3");
+    return have && gVectorForms.load(std::memory_order_relaxed);
+}
+
+bool HaveSse41() {
+    static const bool have = __builtin_cpu_supports("sse4.1");
     return have && gVectorForms.load(std::memory_order_relaxed);
 }
 
@@ -39,113 +46,16 @@ __attribute__((target("ssse3"))) inline __m128i Mean(__m128i u, __m128i v) {
     return _mm_add_epi8(_mm_and_si128(u, v), half);
 }
 
-// Three planes of 16 pixels into 48 interleaved bytes: c0, c1, c2 per pixel.
-__attribute__((target("ssse3"))) inline void Interleave(uint8_t* out, __m128i c0, __m128i c1,
-                                                        __m128i c2) {
-    alignas(16) static const int8_t kMasks[3][3][16] = {
-        // For each output block k and plane c: the plane index of each byte, or -1.
-        {{0, -1, -1, 1, -1, -1, 2, -1, -1, 3, -1, -1, 4, -1, -1, 5},
-         {-1, 0, -1, -1, 1, -1, -1, 2, -1, -1, 3, -1, -1, 4, -1, -1},
-         {-1, -1, 0, -1, -1, 1, -1, -1, 2, -1, -1, 3, -1, -1, 4, -1}},
-        {{-1, -1, 6, -1, -1, 7, -1, -1, 8, -1, -1, 9, -1, -1, 10, -1},
-         {5, -1, -1, 6, -1, -1, 7, -1, -1, 8, -1, -1, 9, -1, -1, 10},
-         {-1, 5, -1, -1, 6, -1, -1, 7, -1, -1, 8, -1, -1, 9, -1, -1}},
-        {{-1, 11, -1, -1, 12, -1, -1, 13, -1, -1, 14, -1, -1, 15, -1, -1},
-         {-1, -1, 11, -1, -1, 12, -1, -1, 13, -1, -1, 14, -1, -1, 15, -1},
-         {10, -1, -1, 11, -1, -1, 12, -1, -1, 13, -1, -1, 14, -1, -1, 15}},
-    };
-    const __m128i planes[3] = {c0, c1, c2};
-    for (int k = 0; k < 3; ++k) {
-        __m128i block = _mm_setzero_si128();
-        for (int c = 0; c < 3; ++c)
-            block = _mm_or_si128(
-                block,
-                _mm_shuffle_epi8(planes[c],
-                                 _mm_load_si128(reinterpret_cast<const __m128i*>(kMasks[k][c]))));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 16 * k), block);
-    }
-}
-
-// Four planes of 16 pixels into 64 interleaved bytes.
-__attribute__((target("ssse3"))) inline void Interleave4(uint8_t* out, __m128i c0, __m128i c1,
-                                                         __m128i c2, __m128i c3) {
-    const __m128i lo01 = _mm_unpacklo_epi8(c0, c1), hi01 = _mm_unpackhi_epi8(c0, c1);
-    const __m128i lo23 = _mm_unpacklo_epi8(c2, c3), hi23 = _mm_unpackhi_epi8(c2, c3);
-    auto* at = reinterpret_cast<__m128i*>(out);
-    _mm_storeu_si128(at, _mm_unpacklo_epi16(lo01, lo23));
-    _mm_storeu_si128(at + 1, _mm_unpackhi_epi16(lo01, lo23));
-    _mm_storeu_si128(at + 2, _mm_unpacklo_epi16(hi01, hi23));
-    _mm_storeu_si128(at + 3, _mm_unpackhi_epi16(hi01, hi23));
-}
-
-// (wr * r + wg * g + wb * b + aRound) >> 8 for 16 pixels; the weights sum to
-// 256, so no lane passes 16 bits.
-template <int wr, int wg, int wb, int aRound>
-__attribute__((target("ssse3"))) inline __m128i Luma(__m128i r, __m128i g, __m128i b) {
-    const __m128i zero = _mm_setzero_si128();
-    auto half = [&](__m128i r16, __m128i g16, __m128i b16) {
-        __m128i sum = _mm_add_epi16(_mm_mullo_epi16(r16, _mm_set1_epi16(wr)),
-                                    _mm_mullo_epi16(g16, _mm_set1_epi16(wg)));
-        sum = _mm_add_epi16(sum, _mm_mullo_epi16(b16, _mm_set1_epi16(wb)));
-        return _mm_srli_epi16(_mm_add_epi16(sum, _mm_set1_epi16(aRound)), 8);
-    };
-    return _mm_packus_epi16(
-        half(_mm_unpacklo_epi8(r, zero), _mm_unpacklo_epi8(g, zero), _mm_unpacklo_epi8(b, zero)),
-        half(_mm_unpackhi_epi8(r, zero), _mm_unpackhi_epi8(g, zero), _mm_unpackhi_epi8(b, zero)));
-}
-
 // 32 pixels, from planes of the even (r0, g0, b0) and the odd pixels, in
 // display format Format at aDest.
 template <int Format>
 __attribute__((target("ssse3"))) inline void
 Store32(uint8_t* aDest, __m128i r0, __m128i g0, __m128i b0, __m128i r1, __m128i g1, __m128i b1) {
-    const __m128i rLo = _mm_unpacklo_epi8(r0, r1), rHi = _mm_unpackhi_epi8(r0, r1);
-    const __m128i gLo = _mm_unpacklo_epi8(g0, g1), gHi = _mm_unpackhi_epi8(g0, g1);
-    const __m128i bLo = _mm_unpacklo_epi8(b0, b1), bHi = _mm_unpackhi_epi8(b0, b1);
-    const __m128i opaque = _mm_set1_epi8(-1);
-    auto* at = reinterpret_cast<__m128i*>(aDest);
-    if constexpr (Format == 0) {
-        _mm_storeu_si128(at, Luma<77, 150, 29, 0>(rLo, gLo, bLo));
-        _mm_storeu_si128(at + 1, Luma<77, 150, 29, 0>(rHi, gHi, bHi));
-    } else if constexpr (Format == 5) {
-        _mm_storeu_si128(at, Luma<54, 184, 18, 128>(rLo, gLo, bLo));
-        _mm_storeu_si128(at + 1, Luma<54, 184, 18, 128>(rHi, gHi, bHi));
-    } else if constexpr (Format == 1) {
-        Interleave(aDest, bLo, gLo, rLo);
-        Interleave(aDest + 48, bHi, gHi, rHi);
-    } else if constexpr (Format == 3) {
-        Interleave(aDest, rLo, gLo, bLo);
-        Interleave(aDest + 48, rHi, gHi, bHi);
-    } else if constexpr (Format == 2) {
-        Interleave4(aDest, bLo, gLo, rLo, opaque);
-        Interleave4(aDest + 64, bHi, gHi, rHi, opaque);
-    } else {
-        Interleave4(aDest, rLo, gLo, bLo, opaque);
-        Interleave4(aDest + 64, rHi, gHi, bHi, opaque);
-    }
+    StorePlanes<Format>(aDest, _mm_unpacklo_epi8(r0, r1), _mm_unpacklo_epi8(g0, g1),
+                        _mm_unpacklo_epi8(b0, b1));
+    StorePlanes<Format>(aDest + 16 * kOutputBytes[Format], _mm_unpackhi_epi8(r0, r1),
+                        _mm_unpackhi_epi8(g0, g1), _mm_unpackhi_epi8(b0, b1));
 }
-
-// Calls aBody with the format as a compile-time value.
-template <class Body> uint32_t WithFormat(uint32_t aFormat, Body&& aBody) {
-    switch (aFormat) {
-    case 0:
-        return aBody(std::integral_constant<int, 0>{});
-    case 1:
-        return aBody(std::integral_constant<int, 1>{});
-    case 2:
-        return aBody(std::integral_constant<int, 2>{});
-    case 3:
-        return aBody(std::integral_constant<int, 3>{});
-    case 4:
-        return aBody(std::integral_constant<int, 4>{});
-    case 5:
-        return aBody(std::integral_constant<int, 5>{});
-    default:
-        return 0;
-    }
-}
-
-constexpr uint32_t kBytes[] = {1, 3, 4, 3, 4, 1};
 
 } // namespace
 
@@ -178,7 +88,7 @@ __attribute__((target("ssse3"))) uint32_t Line2x2(uint8_t* aDest, const uint8_t*
             r0 = D, g0 = Mean(B, C), b0 = A, r1 = D, g1 = Mean(B, F), b1 = E;
             break;
         }
-        Store32<Format>(aDest + kBytes[Format] * x, r0, g0, b0, r1, g1, b1);
+        Store32<Format>(aDest + kOutputBytes[Format] * x, r0, g0, b0, r1, g1, b1);
     }
     return x;
 }
@@ -193,6 +103,8 @@ uint32_t Line2x2Ssse3(uint8_t* aDest, const uint8_t* l0, const uint8_t* l1, uint
 } // namespace img
 
 namespace img {
+
+using namespace simd;
 
 // Four groups of three bytes (two 12-bit pixels each) give eight upper bytes.
 __attribute__((target("ssse3"))) size_t Packed12To8Ssse3(uint8_t* aDest, const uint8_t* aSource,
@@ -218,6 +130,8 @@ __attribute__((target("ssse3"))) size_t Packed12To8Ssse3(uint8_t* aDest, const u
 } // namespace img
 
 namespace img {
+
+using namespace simd;
 
 namespace {
 
@@ -292,7 +206,8 @@ Line3x3(uint8_t* aDest, const uint8_t* u, const uint8_t* m, const uint8_t* l, ui
             even = GreenSite(aRedLine, mE, uE, lE, mOl, mO, lOl, uO);
             odd = ColourSite(aRedLine, mO, uO, lO, mE, mEr, uE, uEr, lE, lEr);
         }
-        Store32<Format>(aDest + kBytes[Format] * x, even.r, even.g, even.b, odd.r, odd.g, odd.b);
+        Store32<Format>(aDest + kOutputBytes[Format] * x, even.r, even.g, even.b, odd.r, odd.g,
+                        odd.b);
     }
     return x;
 }
@@ -301,9 +216,9 @@ Line3x3(uint8_t* aDest, const uint8_t* u, const uint8_t* m, const uint8_t* l, ui
 
 uint32_t Line3x3Ssse3(uint8_t* aDest, const uint8_t* u, const uint8_t* m, const uint8_t* l,
                       uint32_t aWidth, uint32_t aEvenColour, bool aRedLine, uint32_t aFormat) {
-    return WithFormat(aFormat, [&](auto f) {
+    return static_cast<uint32_t>(WithFormat(aFormat, [&](auto f) {
         return Line3x3<f()>(aDest, u, m, l, aWidth, aEvenColour, aRedLine);
-    });
+    }));
 }
 
 } // namespace img

@@ -9,9 +9,10 @@
 
 namespace img {
 
-// Whether the vector forms run: the processor has SSSE3 and they are not
+// Whether the vector forms run: the processor has SSSE3 (SSE4.1) and they are not
 // switched off (tests switch them off to compare with the plain forms).
 bool HaveSsse3();
+bool HaveSse41();
 void UseVectorForms(bool aUse);
 
 // Writes pixels [0, return value) of one output line (a multiple of 32, never

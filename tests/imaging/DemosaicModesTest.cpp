@@ -329,6 +329,13 @@ TEST(DemosaicModesTest, VectorFormsMatchThePlainForms) {
             both([&](uint8_t* d) { TvkRaw12ImageTransform(d, raw.data(), w, h, format, pattern); },
                  bytes, "12-bit packed");
         }
+    for (uint32_t format = 0; format <= 8; ++format) {
+        const size_t bytes = size_t(w) * h * OutputBytes(format);
+        both([&](uint8_t* d) { TvkYUV422ImageTransform(d, raw.data(), w * h, format); }, bytes,
+             "YUV 4:2:2");
+        both([&](uint8_t* d) { TvkRaw8DeBayer(d, raw.data(), w, h, format, 1, 5); }, bytes,
+             "2x2 LCAA+V");
+    }
     for (uint32_t pixels : {1u, 31u, 32u, 33u, 64u, 1001u})
         both([&](uint8_t* d) { TvkPacked12BitTo8Bit(d, raw.data(), pixels & ~1u, 1); }, pixels,
              "unpacking");

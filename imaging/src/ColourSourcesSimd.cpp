@@ -1,0 +1,90 @@
+#include "ColourSourcesSimd.h"
+
+#include "SimdStore.h"
+
+namespace img {
+
+using namespace simd;
+
+namespace {
+
+// The coefficients in 20-bit fixed point, as the plain form has them.
+struct tCoefficients {
+    int32_t foot, y, vr, ug, vg, ub;
+};
+constexpr tCoefficients kLimited = {16, 1220542, 1673527, -409993, -852492, 2116026};
+constexpr tCoefficients kFull = {0, 1 << 20, 1470104, -360857, -748830, 1858077};
+
+struct tTerms {
+    __m128i r, g, b;
+};
+
+// The chroma terms of four pairs, in 32-bit lanes.
+__attribute__((target("sse4.1"))) inline tTerms Chroma(__m128i u8, __m128i v8,
+                                                       const tCoefficients& c) {
+    const __m128i bias = _mm_set1_epi32(128), half = _mm_set1_epi32(1 << 19);
+    const __m128i u = _mm_sub_epi32(_mm_cvtepu8_epi32(u8), bias);
+    const __m128i v = _mm_sub_epi32(_mm_cvtepu8_epi32(v8), bias);
+    return {_mm_add_epi32(_mm_mullo_epi32(v, _mm_set1_epi32(c.vr)), half),
+            _mm_add_epi32(_mm_add_epi32(_mm_mullo_epi32(u, _mm_set1_epi32(c.ug)),
+                                        _mm_mullo_epi32(v, _mm_set1_epi32(c.vg))),
+                          half),
+            _mm_add_epi32(_mm_mullo_epi32(u, _mm_set1_epi32(c.ub)), half)};
+}
+
+// Four pixels (two pairs, whose terms are lanes 0 and 1 of t) in 32-bit lanes.
+__attribute__((target("sse4.1"))) inline tTerms Pixels(__m128i y8, tTerms t,
+                                                       const tCoefficients& c) {
+    const __m128i y = _mm_mullo_epi32(_mm_cvtepu8_epi32(y8), _mm_set1_epi32(c.y));
+    auto one = [&](__m128i aTerm) {
+        return _mm_srai_epi32(_mm_add_epi32(y, _mm_shuffle_epi32(aTerm, 0x50)), 20);
+    };
+    return {one(t.r), one(t.g), one(t.b)};
+}
+
+// Sixteen values in 32-bit lanes to bytes, saturating at 0 and 255.
+__attribute__((target("sse4.1"))) inline __m128i Bytes(__m128i a, __m128i b, __m128i c, __m128i d) {
+    return _mm_packus_epi16(_mm_packs_epi32(a, b), _mm_packs_epi32(c, d));
+}
+
+template <int Format>
+__attribute__((target("sse4.1"))) size_t Yuv422(uint8_t* aDest, const uint8_t* aSource,
+                                                size_t aPixels, const tCoefficients& c) {
+    const __m128i pickY = _mm_setr_epi8(1, 3, 5, 7, 9, 11, 13, 15, -1, -1, -1, -1, -1, -1, -1, -1);
+    const __m128i pickU =
+        _mm_setr_epi8(0, 4, 8, 12, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1);
+    const __m128i pickV =
+        _mm_setr_epi8(2, 6, 10, 14, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1);
+    const __m128i foot = _mm_set1_epi8(static_cast<char>(c.foot));
+    size_t i = 0;
+    for (; i + 16 <= aPixels; i += 16) {
+        const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(aSource + 2 * i));
+        const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(aSource + 2 * i + 16));
+        // Y - foot, floored at 0, for 16 pixels; U and V for the pairs 0-3 and 4-7.
+        const __m128i y = _mm_subs_epu8(
+            _mm_unpacklo_epi64(_mm_shuffle_epi8(a, pickY), _mm_shuffle_epi8(b, pickY)), foot);
+        const tTerms lo = Chroma(_mm_shuffle_epi8(a, pickU), _mm_shuffle_epi8(a, pickV), c);
+        const tTerms hi = Chroma(_mm_shuffle_epi8(b, pickU), _mm_shuffle_epi8(b, pickV), c);
+        auto upper = [](tTerms t) {
+            return tTerms{_mm_unpackhi_epi64(t.r, t.r), _mm_unpackhi_epi64(t.g, t.g),
+                          _mm_unpackhi_epi64(t.b, t.b)};
+        };
+        const tTerms p0 = Pixels(y, lo, c), p1 = Pixels(_mm_srli_si128(y, 4), upper(lo), c);
+        const tTerms p2 = Pixels(_mm_srli_si128(y, 8), hi, c);
+        const tTerms p3 = Pixels(_mm_srli_si128(y, 12), upper(hi), c);
+        StorePlanes<Format>(aDest + kOutputBytes[Format] * i, Bytes(p0.r, p1.r, p2.r, p3.r),
+                            Bytes(p0.g, p1.g, p2.g, p3.g), Bytes(p0.b, p1.b, p2.b, p3.b));
+    }
+    return i;
+}
+
+} // namespace
+
+size_t Yuv422Sse41(uint8_t* aDest, const uint8_t* aSource, size_t aPixels, uint32_t aFormat,
+                   bool aFullRange) {
+    const tCoefficients& c = aFullRange ? kFull : kLimited;
+    return WithFormat(aFormat,
+                      [&](auto f) -> size_t { return Yuv422<f()>(aDest, aSource, aPixels, c); });
+}
+
+} // namespace img
