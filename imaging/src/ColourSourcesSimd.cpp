@@ -83,8 +83,8 @@ __attribute__((target("sse4.1"))) size_t Yuv422(uint8_t* aDest, const uint8_t* a
 size_t Yuv422Sse41(uint8_t* aDest, const uint8_t* aSource, size_t aPixels, uint32_t aFormat,
                    bool aFullRange) {
     const tCoefficients& c = aFullRange ? kFull : kLimited;
-    return WithFormat(aFormat,
-                      [&](auto f) -> size_t { return Yuv422<f()>(aDest, aSource, aPixels, c); });
+    return WithFormat<5>(aFormat,
+                         [&](auto f) -> size_t { return Yuv422<f()>(aDest, aSource, aPixels, c); });
 }
 
 } // namespace img

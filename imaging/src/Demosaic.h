@@ -57,6 +57,8 @@ template <class It, class S> constexpr int VectorFormat() {
         return 4;
     else if constexpr (std::is_same_v<It, PixelIteratorMono8_Rec709>)
         return 5;
+    else if constexpr (std::is_same_v<It, PixelIteratorUYVY>)
+        return 6;
     else
         return -1;
 }

@@ -48,13 +48,47 @@ __attribute__((target("ssse3"))) inline __m128i Mean(__m128i u, __m128i v) {
 
 // 32 pixels, from planes of the even (r0, g0, b0) and the odd pixels, in
 // display format Format at aDest.
+// Y, U + 128 and V + 128 of 8 pixels in 16-bit lanes, as the UYVY writer has
+// them; Y's sum passes 15 bits, so it is shifted as unsigned.
+struct tYuv {
+    __m128i y, u, v;
+};
+__attribute__((target("ssse3"))) inline tYuv Yuv8(__m128i r, __m128i g, __m128i b) {
+    auto mul = [](__m128i a, int16_t k) { return _mm_mullo_epi16(a, _mm_set1_epi16(k)); };
+    const __m128i y = _mm_add_epi16(mul(r, 66), _mm_add_epi16(mul(g, 129), mul(b, 25)));
+    const __m128i u = _mm_add_epi16(mul(b, 112), _mm_add_epi16(mul(g, -74), mul(r, -38)));
+    const __m128i v = _mm_add_epi16(mul(r, 112), _mm_add_epi16(mul(g, -94), mul(b, -18)));
+    const __m128i round = _mm_set1_epi16(128);
+    return {_mm_add_epi16(_mm_srli_epi16(_mm_add_epi16(y, round), 8), _mm_set1_epi16(16)),
+            _mm_add_epi16(_mm_srai_epi16(_mm_add_epi16(u, round), 8), round),
+            _mm_add_epi16(_mm_srai_epi16(_mm_add_epi16(v, round), 8), round)};
+}
+
+// 32 pixels, from planes of the even (r0, g0, b0) and the odd pixels, in
+// display format Format at aDest. UYVY pairs share the mean of their chroma.
 template <int Format>
 __attribute__((target("ssse3"))) inline void
 Store32(uint8_t* aDest, __m128i r0, __m128i g0, __m128i b0, __m128i r1, __m128i g1, __m128i b1) {
-    StorePlanes<Format>(aDest, _mm_unpacklo_epi8(r0, r1), _mm_unpacklo_epi8(g0, g1),
-                        _mm_unpacklo_epi8(b0, b1));
-    StorePlanes<Format>(aDest + 16 * kOutputBytes[Format], _mm_unpackhi_epi8(r0, r1),
-                        _mm_unpackhi_epi8(g0, g1), _mm_unpackhi_epi8(b0, b1));
+    if constexpr (Format == 6) {
+        const __m128i zero = _mm_setzero_si128();
+        auto half = [&](auto unpack, tYuv& aEven, tYuv& aOdd) {
+            aEven = Yuv8(unpack(r0, zero), unpack(g0, zero), unpack(b0, zero));
+            aOdd = Yuv8(unpack(r1, zero), unpack(g1, zero), unpack(b1, zero));
+        };
+        tYuv evenLo, oddLo, evenHi, oddHi;
+        half([](__m128i a, __m128i z) { return _mm_unpacklo_epi8(a, z); }, evenLo, oddLo);
+        half([](__m128i a, __m128i z) { return _mm_unpackhi_epi8(a, z); }, evenHi, oddHi);
+        auto mean = [](__m128i a, __m128i b) { return _mm_srli_epi16(_mm_add_epi16(a, b), 1); };
+        Interleave4(aDest, _mm_packus_epi16(mean(evenLo.u, oddLo.u), mean(evenHi.u, oddHi.u)),
+                    _mm_packus_epi16(evenLo.y, evenHi.y),
+                    _mm_packus_epi16(mean(evenLo.v, oddLo.v), mean(evenHi.v, oddHi.v)),
+                    _mm_packus_epi16(oddLo.y, oddHi.y));
+    } else {
+        StorePlanes<Format>(aDest, _mm_unpacklo_epi8(r0, r1), _mm_unpacklo_epi8(g0, g1),
+                            _mm_unpacklo_epi8(b0, b1));
+        StorePlanes<Format>(aDest + 16 * kOutputBytes[Format], _mm_unpackhi_epi8(r0, r1),
+                            _mm_unpackhi_epi8(g0, g1), _mm_unpackhi_epi8(b0, b1));
+    }
 }
 
 } // namespace
@@ -97,7 +131,8 @@ __attribute__((target("ssse3"))) uint32_t Line2x2(uint8_t* aDest, const uint8_t*
 
 uint32_t Line2x2Ssse3(uint8_t* aDest, const uint8_t* l0, const uint8_t* l1, uint32_t aWidth,
                       int aEven, uint32_t aFormat) {
-    return WithFormat(aFormat, [&](auto f) { return Line2x2<f()>(aDest, l0, l1, aWidth, aEven); });
+    return WithFormat<6>(aFormat,
+                         [&](auto f) { return Line2x2<f()>(aDest, l0, l1, aWidth, aEven); });
 }
 
 } // namespace img
@@ -216,7 +251,7 @@ Line3x3(uint8_t* aDest, const uint8_t* u, const uint8_t* m, const uint8_t* l, ui
 
 uint32_t Line3x3Ssse3(uint8_t* aDest, const uint8_t* u, const uint8_t* m, const uint8_t* l,
                       uint32_t aWidth, uint32_t aEvenColour, bool aRedLine, uint32_t aFormat) {
-    return static_cast<uint32_t>(WithFormat(aFormat, [&](auto f) {
+    return static_cast<uint32_t>(WithFormat<6>(aFormat, [&](auto f) {
         return Line3x3<f()>(aDest, u, m, l, aWidth, aEvenColour, aRedLine);
     }));
 }

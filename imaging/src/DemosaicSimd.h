@@ -1,7 +1,7 @@
 // Vector forms of the 2x2 and 3x3 demosaic lines and of the 12-bit unpacking,
 // for processors with SSSE3; they give the same bytes as the plain forms.
-// The line forms write display formats 0 to 5 (mono, BGR, BGRA, RGB, RGBA,
-// mono Rec. 709); for another they write nothing and return 0.
+// The line forms write display formats 0 to 6 (mono, BGR, BGRA, RGB, RGBA,
+// mono Rec. 709, UYVY); for another they write nothing and return 0.
 #pragma once
 
 #include <cstddef>

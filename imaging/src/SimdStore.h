@@ -1,5 +1,6 @@
 // The last stage of the vector forms: planes of red, green and blue for 16
-// pixels, in pixel order, stored in a display format (0 to 5).
+// pixels, in pixel order, stored in a display format (0 to 5; UYVY, which
+// needs pixel pairs, is stored by the demosaic lines themselves).
 #pragma once
 
 #include <immintrin.h>
@@ -10,7 +11,7 @@
 
 namespace img::simd {
 
-constexpr uint32_t kOutputBytes[] = {1, 3, 4, 3, 4, 1};
+constexpr uint32_t kOutputBytes[] = {1, 3, 4, 3, 4, 1, 2};
 
 // Three planes of 16 pixels into 48 interleaved bytes: c0, c1, c2 per pixel.
 __attribute__((target("ssse3"))) inline void Interleave(uint8_t* out, __m128i c0, __m128i c1,
@@ -85,23 +86,14 @@ __attribute__((target("ssse3"))) inline void StorePlanes(uint8_t* aDest, __m128i
         Interleave4(aDest, r, g, b, opaque);
 }
 
-// Calls aBody with the format as a compile-time value.
-template <class Body> size_t WithFormat(uint32_t aFormat, Body&& aBody) {
-    switch (aFormat) {
-    case 0:
-        return aBody(std::integral_constant<int, 0>{});
-    case 1:
-        return aBody(std::integral_constant<int, 1>{});
-    case 2:
-        return aBody(std::integral_constant<int, 2>{});
-    case 3:
-        return aBody(std::integral_constant<int, 3>{});
-    case 4:
-        return aBody(std::integral_constant<int, 4>{});
-    case 5:
-        return aBody(std::integral_constant<int, 5>{});
-    default:
+// Calls aBody with the format (0 to Last) as a compile-time value; 0 for
+// another format.
+template <int Last, int Format = 0, class Body> size_t WithFormat(uint32_t aFormat, Body&& aBody) {
+    if constexpr (Format > Last) {
         return 0;
+    } else {
+        if (aFormat == Format) return aBody(std::integral_constant<int, Format>{});
+        return WithFormat<Last, Format + 1>(aFormat, aBody);
     }
 }
 
