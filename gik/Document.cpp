@@ -1,9 +1,10 @@
 #include "gik/Document.h"
 
+#include <pthread.h>
+
 #include <cinttypes>
 #include <cstdio>
 #include <cstring>
-#include <memory>
 #include <random>
 #include <tinyxml.h>
 #include <vector>
@@ -14,6 +15,12 @@ namespace gik {
 
 namespace {
 
+// Stack per element level that tinyxml may use while parsing or destroying,
+// with a generous margin (measured at well under 1 KiB on x86-64, more with
+// sanitizers).
+constexpr size_t kStackPerLevel = 4096;
+constexpr size_t kStackBase = 1u << 20;
+constexpr size_t kStackCap = size_t(1) << 32;
 // Zero bytes after the text: tinyxml steps over a multi-byte character by
 // its lead byte's length, so a character cut off at the very end would lead
 // it past the terminator.
@@ -40,7 +47,7 @@ const char* Past(const char* aAt, const char* aEnd, const char* aClose) {
 
 } // namespace
 
-u4 sDocument::Nesting(const char* aText, size_t aLength, u4 aLimit) {
+u4 sDocument::Measure(const char* aText, size_t aLength, u4 aLimit) {
     const char* p = aText;
     const char* end = aText + aLength;
     u4 depth = 0, deepest = 0;
@@ -57,9 +64,9 @@ u4 sDocument::Nesting(const char* aText, size_t aLength, u4 aLimit) {
         } else if (StartsWith(open, end, "</")) {
             if (depth > 0) --depth;
             p = Past(p, end, ">");
-        } else if (p < end && (IsNameStart(*p))) {
-            // A start tag, as tinyxml tells one; its quoted values may hold
-            // any character, "/>" ends it empty.
+        } else if (p < end && IsNameStart(*p)) {
+            // A start tag; its quoted values may hold any character, "/>"
+            // ends it empty.
             if (++depth > deepest && (deepest = depth) > aLimit) return deepest;
             while (p < end && *p != '>') {
                 if (*p == '"' || *p == '\'') {
@@ -73,14 +80,55 @@ u4 sDocument::Nesting(const char* aText, size_t aLength, u4 aLimit) {
                     ++p;
                 }
             }
+        } else {
+            p = Past(p, end, ">"); // tinyxml's "unknown" node
         }
-        // Anything else starts no element: scanning on from here can only
-        // count more, never less, than tinyxml will nest.
     }
     return deepest;
 }
 
 namespace {
+
+// The deepest element nesting of a parsed tree, walked without recursion.
+u4 Nesting(const TiXmlNode* aRoot) {
+    u4 deepest = 0;
+    std::vector<std::pair<const TiXmlNode*, u4>> stack{{aRoot, 0}};
+    while (!stack.empty()) {
+        auto [node, depth] = stack.back();
+        stack.pop_back();
+        if (depth > deepest) deepest = depth;
+        for (const TiXmlElement* child = node->FirstChildElement(); child;
+             child = child->NextSiblingElement())
+            stack.emplace_back(child, depth + 1);
+    }
+    return deepest;
+}
+
+struct tParseJob {
+    const char* text;
+    TiXmlDocument* document;
+    std::string error;
+};
+
+void* ParseOnStack(void* aJob) {
+    auto* job = static_cast<tParseJob*>(aJob);
+    try {
+        auto* document = new TiXmlDocument();
+        document->Parse(job->text, nullptr, TIXML_DEFAULT_ENCODING);
+        if (document->Error()) {
+            job->error = document->ErrorDesc() ? document->ErrorDesc() : "unknown error";
+            delete document;
+        } else if (Nesting(document) > sDocument::kMaxNesting) {
+            job->error = "elements nested too deeply";
+            delete document; // on this stack, which is deep enough for it
+        } else {
+            job->document = document;
+        }
+    } catch (...) {
+        job->error = "out of memory";
+    }
+    return nullptr;
+}
 
 std::string Trimmed(const char* aText) {
     if (!aText) return std::string();
@@ -233,28 +281,48 @@ i4 sDocument::Parse(const char* aText, size_t aLength, TiXmlDocument*& aDocument
                     std::string& aError) {
     aDocument = nullptr;
     size_t length = aText ? strnlen(aText, aLength) : 0;
-    // tinyxml parses and destroys by recursion, one level per element: a
-    // document nested deeper than any real one never reaches it.
-    if (Nesting(aText, length, kMaxNesting) > kMaxNesting) {
+    if (Measure(aText, length, kMaxNesting) > kMaxNesting) {
         aError = "elements nested too deeply";
         return kUnacceptable;
     }
+    std::string text;
+    size_t opens = 0;
     try {
-        std::string text;
         text.reserve(length + kPadding);
         text.assign(aText ? aText : "", length);
         text.append(kPadding, '\0');
-        auto document = std::make_unique<TiXmlDocument>();
-        document->Parse(text.c_str(), nullptr, TIXML_DEFAULT_ENCODING);
-        if (document->Error()) {
-            aError = document->ErrorDesc() ? document->ErrorDesc() : "unknown error";
-            return kUnacceptable;
-        }
-        aDocument = document.release();
+        for (size_t i = 0; i < length; ++i)
+            if (text[i] == '<') ++opens;
     } catch (...) {
         aError = "out of memory";
         return kNoMemory;
     }
+    // Each element level needs a "<" of its own: that bounds the stack.
+    size_t stack = kStackBase + opens * kStackPerLevel;
+    if (stack > kStackCap) {
+        aError = "document too large";
+        return kUnacceptable;
+    }
+    tParseJob job{text.c_str(), nullptr, std::string()};
+    pthread_attr_t attributes;
+    if (pthread_attr_init(&attributes) != 0) {
+        aError = "no thread for the parser";
+        return kNoMemory;
+    }
+    pthread_attr_setstacksize(&attributes, stack);
+    pthread_t thread;
+    int made = pthread_create(&thread, &attributes, &ParseOnStack, &job);
+    pthread_attr_destroy(&attributes);
+    if (made != 0) {
+        aError = "no thread for the parser";
+        return kNoMemory;
+    }
+    pthread_join(thread, nullptr);
+    if (!job.document) {
+        aError = job.error;
+        return kUnacceptable;
+    }
+    aDocument = job.document;
     return kOk;
 }
 

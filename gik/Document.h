@@ -2,9 +2,14 @@
 // parsing with tinyxml, and the two expansion passes that rewrite embedded
 // IntSwissKnifes and address sums into nodes of their own.
 //
-// tinyxml parses and destroys by recursion, one level per element level,
-// with no limit of its own; so a text is measured before it is parsed, and
-// one nested deeper than kMaxNesting levels is refused.
+// tinyxml parses and destroys by recursion, one level per element level, and
+// has no limit of its own; it also takes time in proportion to the depth for
+// every element. So a text is first measured, and refused when plainly too
+// deep; what passes is parsed on a helper thread whose stack is sized for the
+// deepest nesting the text could hold, and only documents of at most
+// kMaxNesting levels come back. The text is handed over with trailing zero
+// bytes, so that a multi-byte character cut off at the very end cannot lead
+// tinyxml past it.
 #pragma once
 
 #include <string>
@@ -20,10 +25,11 @@ class sDocument {
 public:
     static constexpr u4 kMaxNesting = 256;
 
-    // The deepest element nesting of aText as tinyxml will build it, or
-    // never less: comments, CDATA sections, declarations and quoted
-    // attribute values hold no elements. Stops counting past aLimit.
-    static u4 Nesting(const char* aText, size_t aLength, u4 aLimit);
+    // The deepest element nesting of aText as a plain reading of XML sees
+    // it (comments, CDATA sections, declarations and quoted attribute values
+    // hold no elements); tinyxml's own reading of odd texts may differ.
+    // Stops counting past aLimit.
+    static u4 Measure(const char* aText, size_t aLength, u4 aLimit);
     // Parses aText (aLength bytes, zero bytes end it early). On success
     // aDocument is a new document the caller deletes. On failure aError is
     // the parser's message and the result is kUnacceptable (or kNoMemory).

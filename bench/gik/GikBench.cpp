@@ -34,7 +34,6 @@ using llk::u8;
 class cPagePort : public gik::pPort {
 public:
     static cPagePort* New() { return Make<cPagePort>(); }
-    i4 Initialize() { return 0; }
 
     bool IsWriteable() override { return true; }
     i4 Fetch(u8 aAddress, u4 aLength, void* aBuffer, u4& aFetched) override {
