@@ -69,8 +69,34 @@ TvkError_t Each(uint8_t* aDest, size_t aPixels, uint32_t aFormat, Pixel&& aPixel
     });
 }
 
-// Pixels of 8-bit samples decoded a block at a time into a buffer on the stack.
-constexpr size_t kBlock = 2048;
+// Wide mono decoded a block at a time into a buffer on the stack: aWide(block,
+// first, count) gives whole 16-bit samples for the 16-bit outputs, aNarrow
+// their upper eight bits for the others.
+template <class Wide, class Narrow>
+TvkError_t WideMono(uint8_t* aDest, size_t aPixels, uint32_t aFormat, Wide&& aWide,
+                    Narrow&& aNarrow) {
+    constexpr size_t kBlock = 2048;
+    if (aFormat >= TvkSimpleImageFormatMono16) {
+        return WithWideIterator(aFormat, [&](auto aIterator) {
+            aIterator.p = aDest;
+            uint16_t block[kBlock];
+            for (size_t at = 0; at < aPixels; at += kBlock) {
+                const size_t n = std::min(kBlock, aPixels - at);
+                aWide(block, at, n);
+                for (size_t i = 0; i < n; ++i)
+                    aIterator.Write(block[i], block[i], block[i]);
+            }
+        });
+    }
+    uint8_t block[kBlock];
+    for (size_t at = 0; at < aPixels; at += kBlock) {
+        const size_t n = std::min(kBlock, aPixels - at);
+        aNarrow(block, at, n);
+        if (TvkError_t status = Y8ToOutput(aDest + at * OutputBytes(aFormat), block, n, aFormat))
+            return status;
+    }
+    return TvkErrorSuccess;
+}
 
 } // namespace
 
@@ -86,26 +112,14 @@ TvkError_t Y8ToOutput(uint8_t* aDest, const uint8_t* aSource, size_t aPixels, ui
 TvkError_t Y16ToOutput(uint8_t* aDest, const uint8_t* aSource, size_t aPixels, uint32_t aBitsUsed,
                        bool aBigEndian, uint32_t aFormat) {
     if (aBitsUsed < 8 || aBitsUsed > 16) return TvkErrorBadParameter;
-    if (aFormat >= TvkSimpleImageFormatMono16) {
-        return WithWideIterator(aFormat, [&](auto aIterator) {
-            aIterator.p = aDest;
-            uint16_t block[kBlock];
-            for (size_t at = 0; at < aPixels; at += kBlock) {
-                const size_t n = std::min(kBlock, aPixels - at);
-                Wide16To16(block, aSource + 2 * at, n, aBitsUsed, aBigEndian);
-                for (size_t i = 0; i < n; ++i)
-                    aIterator.Write(block[i], block[i], block[i]);
-            }
+    return WideMono(
+        aDest, aPixels, aFormat,
+        [&](uint16_t* aBlock, size_t aAt, size_t aCount) {
+            Wide16To16(aBlock, aSource + 2 * aAt, aCount, aBitsUsed, aBigEndian);
+        },
+        [&](uint8_t* aBlock, size_t aAt, size_t aCount) {
+            Wide16To8(aBlock, aSource + 2 * aAt, aCount, aBitsUsed, aBigEndian);
         });
-    }
-    uint8_t block[kBlock];
-    for (size_t at = 0; at < aPixels; at += kBlock) {
-        const size_t n = std::min(kBlock, aPixels - at);
-        Wide16To8(block, aSource + 2 * at, n, aBitsUsed, aBigEndian);
-        if (TvkError_t status = Y8ToOutput(aDest + at * OutputBytes(aFormat), block, n, aFormat))
-            return status;
-    }
-    return TvkErrorSuccess;
 }
 
 TvkError_t Y12ToOutput(uint8_t* aDest, const uint8_t* aSource, size_t aPixels, uint32_t aFormat) {
@@ -113,26 +127,15 @@ TvkError_t Y12ToOutput(uint8_t* aDest, const uint8_t* aSource, size_t aPixels, u
         Packed12To8(aDest, aSource, aPixels);
         return TvkErrorSuccess;
     }
-    if (aFormat >= TvkSimpleImageFormatMono16) {
-        return WithWideIterator(aFormat, [&](auto aIterator) {
-            aIterator.p = aDest;
-            uint16_t block[kBlock];
-            for (size_t at = 0; at < aPixels; at += kBlock) {
-                const size_t n = std::min(kBlock, aPixels - at);
-                Packed12To16(block, aSource + at / 2 * 3, n);
-                for (size_t i = 0; i < n; ++i)
-                    aIterator.Write(block[i], block[i], block[i]);
-            }
+    // Blocks hold an even number of pixels, so each starts on a whole pair.
+    return WideMono(
+        aDest, aPixels, aFormat,
+        [&](uint16_t* aBlock, size_t aAt, size_t aCount) {
+            Packed12To16(aBlock, aSource + aAt / 2 * 3, aCount);
+        },
+        [&](uint8_t* aBlock, size_t aAt, size_t aCount) {
+            Packed12To8(aBlock, aSource + aAt / 2 * 3, aCount);
         });
-    }
-    uint8_t block[kBlock];
-    for (size_t at = 0; at < aPixels; at += kBlock) {
-        const size_t n = std::min(kBlock, aPixels - at);
-        Packed12To8(block, aSource + at / 2 * 3, n);
-        if (TvkError_t status = Y8ToOutput(aDest + at * OutputBytes(aFormat), block, n, aFormat))
-            return status;
-    }
-    return TvkErrorSuccess;
 }
 
 TvkError_t ColourToOutput(uint8_t* aDest, const uint8_t* aSource, size_t aPixels, uint32_t aLayout,

@@ -72,7 +72,7 @@ __attribute__((target("sse4.1"))) size_t Yuv422(uint8_t* aDest, const uint8_t* a
         const tTerms p0 = Pixels(y, lo, c), p1 = Pixels(_mm_srli_si128(y, 4), upper(lo), c);
         const tTerms p2 = Pixels(_mm_srli_si128(y, 8), hi, c);
         const tTerms p3 = Pixels(_mm_srli_si128(y, 12), upper(hi), c);
-        StorePlanes<Format>(aDest + kOutputBytes[Format] * i, Bytes(p0.r, p1.r, p2.r, p3.r),
+        StorePlanes<Format>(aDest + OutputBytes(Format) * i, Bytes(p0.r, p1.r, p2.r, p3.r),
                             Bytes(p0.g, p1.g, p2.g, p3.g), Bytes(p0.b, p1.b, p2.b, p3.b));
     }
     return i;

@@ -101,7 +101,6 @@ void Line2x2(It aOut, uint8_t* aDest, const S* l0, const S* l1, uint32_t aWidth,
 
 // Lines of 8-bit samples straight from the source.
 struct tRaw8Lines {
-    using Sample = uint8_t;
     const uint8_t* source;
     uint32_t width;
     const uint8_t* Get(uint32_t y) { return source + static_cast<size_t>(y) * width; }
@@ -110,7 +109,6 @@ struct tRaw8Lines {
 // Lines decoded into samples of type S, two at a time, in a buffer that each
 // thread keeps between calls. aDecode(dest, y) fills line y.
 template <class S, class Decode> struct tDecodedLines {
-    using Sample = S;
     Decode decode;
     uint32_t width;
     std::vector<S>& buffer = Buffer();
@@ -166,7 +164,7 @@ template <class It> struct tGreyWriter : It {
     }
 };
 
-// Writes only the green of each pixel to all three channels.
+// Writes only the green of each pixel to all three channels (Raw8ToGGG).
 template <class It> struct tGreenWriter : It {
     void Write(uint32_t, uint32_t g, uint32_t) { It::Write(g, g, g); }
 };
@@ -193,9 +191,10 @@ TvkError_t Raw8ToYuvFiltered(uint8_t* aDest, const uint8_t* aSource, uint32_t aW
                              uint32_t aHeight, uint32_t aFormat, uint32_t aPhase, uint32_t aFilter);
 
 // Wider samples through the 2x2 core: 12-bit packed, and 16-bit samples with
-// aBitsUsed significant bits (8 to 16) in either byte order. Outputs 0 to 5, 7
-// and 8 take the upper eight bits; the 16-bit outputs 7 to 10 of the 16-bit
-// form take whole samples when aWide is set.
+// aBitsUsed significant bits (8 to 16) in either byte order. The 8-bit outputs
+// take the upper eight bits (and so do Mono16 outputs of the packed form); the
+// 16-bit outputs 7 to 10 take whole samples when aWide is set and are refused
+// otherwise. No UYVY.
 TvkError_t Raw12To2x2(uint8_t* aDest, const uint8_t* aSource, uint32_t aWidth, uint32_t aHeight,
                       uint32_t aFormat, uint32_t aPhase);
 TvkError_t Raw16To2x2(uint8_t* aDest, const uint8_t* aSource, uint32_t aWidth, uint32_t aHeight,

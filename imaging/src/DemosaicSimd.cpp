@@ -1,10 +1,8 @@
 #include "DemosaicSimd.h"
 
-#include "SimdStore.h"
-
 #include <atomic>
 
-#include <type_traits>
+#include "SimdStore.h"
 
 namespace img {
 
@@ -12,7 +10,7 @@ using namespace simd;
 
 namespace {
 std::atomic<bool> gVectorForms{true};
-}
+} // namespace
 
 bool HaveSsse3() {
     static const bool have = __builtin_cpu_supports("ssse3");
@@ -46,8 +44,6 @@ __attribute__((target("ssse3"))) inline __m128i Mean(__m128i u, __m128i v) {
     return _mm_add_epi8(_mm_and_si128(u, v), half);
 }
 
-// 32 pixels, from planes of the even (r0, g0, b0) and the odd pixels, in
-// display format Format at aDest.
 // Y, U + 128 and V + 128 of 8 pixels in 16-bit lanes, as the UYVY writer has
 // them; Y's sum passes 15 bits, so it is shifted as unsigned.
 struct tYuv {
@@ -86,7 +82,7 @@ Store32(uint8_t* aDest, __m128i r0, __m128i g0, __m128i b0, __m128i r1, __m128i 
     } else {
         StorePlanes<Format>(aDest, _mm_unpacklo_epi8(r0, r1), _mm_unpacklo_epi8(g0, g1),
                             _mm_unpacklo_epi8(b0, b1));
-        StorePlanes<Format>(aDest + 16 * kOutputBytes[Format], _mm_unpackhi_epi8(r0, r1),
+        StorePlanes<Format>(aDest + 16 * OutputBytes(Format), _mm_unpackhi_epi8(r0, r1),
                             _mm_unpackhi_epi8(g0, g1), _mm_unpackhi_epi8(b0, b1));
     }
 }
@@ -122,7 +118,7 @@ __attribute__((target("ssse3"))) uint32_t Line2x2(uint8_t* aDest, const uint8_t*
             r0 = D, g0 = Mean(B, C), b0 = A, r1 = D, g1 = Mean(B, F), b1 = E;
             break;
         }
-        Store32<Format>(aDest + kOutputBytes[Format] * x, r0, g0, b0, r1, g1, b1);
+        Store32<Format>(aDest + OutputBytes(Format) * x, r0, g0, b0, r1, g1, b1);
     }
     return x;
 }
@@ -134,12 +130,6 @@ uint32_t Line2x2Ssse3(uint8_t* aDest, const uint8_t* l0, const uint8_t* l1, uint
     return WithFormat<6>(aFormat,
                          [&](auto f) { return Line2x2<f()>(aDest, l0, l1, aWidth, aEven); });
 }
-
-} // namespace img
-
-namespace img {
-
-using namespace simd;
 
 // Four groups of three bytes (two 12-bit pixels each) give eight upper bytes.
 __attribute__((target("ssse3"))) size_t Packed12To8Ssse3(uint8_t* aDest, const uint8_t* aSource,
@@ -161,12 +151,6 @@ __attribute__((target("ssse3"))) size_t Packed12To8Ssse3(uint8_t* aDest, const u
     }
     return i;
 }
-
-} // namespace img
-
-namespace img {
-
-using namespace simd;
 
 namespace {
 
@@ -241,7 +225,7 @@ Line3x3(uint8_t* aDest, const uint8_t* u, const uint8_t* m, const uint8_t* l, ui
             even = GreenSite(aRedLine, mE, uE, lE, mOl, mO, lOl, uO);
             odd = ColourSite(aRedLine, mO, uO, lO, mE, mEr, uE, uEr, lE, lEr);
         }
-        Store32<Format>(aDest + kOutputBytes[Format] * x, even.r, even.g, even.b, odd.r, odd.g,
+        Store32<Format>(aDest + OutputBytes(Format) * x, even.r, even.g, even.b, odd.r, odd.g,
                         odd.b);
     }
     return x;

@@ -53,20 +53,28 @@ void ReverseRow(uint8_t* aRow, uint32_t aPixels, uint32_t aBytes, bool aUyvy) {
     }
 }
 
-// Reverses a row of 12-bit pairs: the pixels are taken apart and put back.
-void ReversePacked12(uint8_t* aRow, uint32_t aPixels) {
-    std::vector<uint16_t> pixels(aPixels);
-    for (uint32_t i = 0; i < aPixels; i += 2) {
-        const uint8_t* g = aRow + i / 2 * 3;
-        pixels[i] = static_cast<uint16_t>(g[0] << 4 | (g[1] & 0x0F));
-        pixels[i + 1] = static_cast<uint16_t>(g[2] << 4 | g[1] >> 4);
+// 12-bit pixel i of a row of pairs: the upper eight bits in the pair's outer
+// bytes, the low nibbles in its middle byte (the first pixel's below).
+uint32_t Get12(const uint8_t* aRow, uint32_t i) {
+    const uint8_t* g = aRow + i / 2 * 3;
+    return i & 1 ? (g[2] << 4 | g[1] >> 4) : (g[0] << 4 | (g[1] & 0x0F));
+}
+void Set12(uint8_t* aRow, uint32_t i, uint32_t aValue) {
+    uint8_t* g = aRow + i / 2 * 3;
+    if (i & 1) {
+        g[2] = static_cast<uint8_t>(aValue >> 4);
+        g[1] = static_cast<uint8_t>((g[1] & 0x0F) | (aValue & 0x0F) << 4);
+    } else {
+        g[0] = static_cast<uint8_t>(aValue >> 4);
+        g[1] = static_cast<uint8_t>((g[1] & 0xF0) | (aValue & 0x0F));
     }
-    std::reverse(pixels.begin(), pixels.end());
-    for (uint32_t i = 0; i < aPixels; i += 2) {
-        uint8_t* g = aRow + i / 2 * 3;
-        g[0] = static_cast<uint8_t>(pixels[i] >> 4);
-        g[1] = static_cast<uint8_t>((pixels[i] & 0x0F) | (pixels[i + 1] & 0x0F) << 4);
-        g[2] = static_cast<uint8_t>(pixels[i + 1] >> 4);
+}
+
+void ReversePacked12(uint8_t* aRow, uint32_t aPixels) {
+    for (uint32_t i = 0; i < aPixels / 2; ++i) {
+        const uint32_t left = Get12(aRow, i), right = Get12(aRow, aPixels - 1 - i);
+        Set12(aRow, i, right);
+        Set12(aRow, aPixels - 1 - i, left);
     }
 }
 
@@ -81,14 +89,18 @@ void ReverseYuv411(uint8_t* aRow, uint32_t aPixels) {
     }
 }
 
+// Swaps rows through a buffer on the stack, a piece at a time.
 void SwapRows(uint8_t* aImage, size_t aBytesPerLine, uint32_t aLines) {
-    std::vector<uint8_t> line(aBytesPerLine);
+    uint8_t piece[4096];
     for (uint32_t y = 0; y < aLines / 2; ++y) {
         uint8_t* top = aImage + y * aBytesPerLine;
         uint8_t* bottom = aImage + (aLines - 1 - y) * aBytesPerLine;
-        memcpy(line.data(), top, aBytesPerLine);
-        memcpy(top, bottom, aBytesPerLine);
-        memcpy(bottom, line.data(), aBytesPerLine);
+        for (size_t at = 0; at < aBytesPerLine; at += sizeof(piece)) {
+            const size_t n = std::min(sizeof(piece), aBytesPerLine - at);
+            memcpy(piece, top + at, n);
+            memcpy(top + at, bottom + at, n);
+            memcpy(bottom + at, piece, n);
+        }
     }
 }
 
@@ -156,7 +168,12 @@ TVK_EXPORT TvkError_t TvkResampleScanlinesEx(void* pDst, const void* pSrc, uint3
     if (!(DstPixelSize > 0.0f) || !(SrcPixelSize > 0.0f)) return TvkErrorBadParameter;
     if (DstPitch < DstXSize || SrcPitch < SrcXSize) return TvkErrorBadParameter;
     // Source position of each destination pixel, in 1/256ths, centre to centre.
-    std::vector<uint32_t> at(DstXSize);
+    std::vector<uint32_t> at;
+    try {
+        at.resize(DstXSize);
+    } catch (...) {
+        return TvkErrorResources;
+    }
     const double scale = static_cast<double>(DstPixelSize) / SrcPixelSize;
     for (uint32_t x = 0; x < DstXSize; ++x) {
         const double position = std::max(0.0, (x + 0.5) * scale - 0.5);

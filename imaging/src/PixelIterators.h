@@ -227,7 +227,7 @@ template <class Body> TvkError_t WithWideIterator(uint32_t aFormat, Body&& aBody
 }
 
 // Bytes per pixel of a display format, or 0.
-inline uint32_t OutputBytes(uint32_t aFormat) {
+constexpr uint32_t OutputBytes(uint32_t aFormat) {
     constexpr uint32_t kBytes[] = {1, 3, 4, 3, 4, 1, 2, 2, 2, 6, 6};
     return aFormat < 11 ? kBytes[aFormat] : 0;
 }

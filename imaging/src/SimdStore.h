@@ -9,9 +9,9 @@
 #include <cstdint>
 #include <type_traits>
 
-namespace img::simd {
+#include "PixelIterators.h"
 
-constexpr uint32_t kOutputBytes[] = {1, 3, 4, 3, 4, 1, 2};
+namespace img::simd {
 
 // Three planes of 16 pixels into 48 interleaved bytes: c0, c1, c2 per pixel.
 __attribute__((target("ssse3"))) inline void Interleave(uint8_t* out, __m128i c0, __m128i c1,

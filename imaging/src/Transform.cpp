@@ -29,8 +29,6 @@ TvkError_t CheckRaw(const uint8_t* aDest, const uint8_t* aSource, uint32_t aWidt
     return aPattern > 3 ? TvkErrorNotImplemented : TvkErrorSuccess;
 }
 
-using tRawMode = TvkError_t (*)(uint8_t*, const uint8_t*, uint32_t, uint32_t, uint32_t, uint32_t);
-
 // The modes by their number in the list of names; the 3x3 forms take the
 // public pattern, the others the internal phase.
 TvkError_t Raw8Mode(uint8_t* aDest, const uint8_t* aSource, uint32_t aWidth, uint32_t aHeight,

@@ -6,6 +6,7 @@
 #include <array>
 
 #include "BandPool.h"
+#include "Demosaic.h"
 #include "DemosaicSimd.h"
 #include "ImagingReference.h"
 
@@ -110,6 +111,23 @@ TEST(DemosaicModesTest, EveryModeMatchesItsReference) {
                     }
             }
         }
+}
+
+TEST(DemosaicModesTest, GreenOnlyFormWritesTheMeanOfTheGreens) {
+    const uint32_t w = 40, h = 6;
+    const std::vector<uint8_t> raw = Random(w * h, 8);
+    for (uint32_t pattern = 0; pattern < 4; ++pattern) {
+        std::vector<tRGB> expected = Reference2x2(raw, w, h, pattern);
+        for (tRGB& p : expected)
+            p = {p.g, p.g, p.g};
+        for (uint32_t format : {0u, 1u, 6u}) {
+            std::vector<uint8_t> out(w * h * OutputBytes(format));
+            ASSERT_EQ(
+                img::Raw8ToGreen(out.data(), raw.data(), w, h, format, img::InternalPhase(pattern)),
+                TvkErrorSuccess);
+            EXPECT_EQ(out, Encode(expected, format)) << pattern << " " << format;
+        }
+    }
 }
 
 TEST(DemosaicModesTest, ThreeByThreeMonoIsGreyWithABlackTopLine) {
