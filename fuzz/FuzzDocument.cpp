@@ -13,6 +13,7 @@
 #include "gik/Port.h"
 #include "gik/Runtime.h"
 #include "gik/Scanner.h"
+#include "gik/Shared.h"
 #include "gik/Value.h"
 #include "kit/AutoreleasePool.h"
 #include "kit/ObjectList.h"
@@ -86,6 +87,26 @@ void Exercise(gik::cRuntime* aRuntime, gik::pNode* aNode) {
     }
 }
 
+void Run(const std::string& aText) {
+    size_t size = aText.size();
+    gik::cRuntime* runtime = gik::cRuntime::New((size & 1) != 0);
+    cFuzzPort* port = cFuzzPort::New();
+    if (!runtime || !port) abort();
+    runtime->AttachPort("Device", port);
+    runtime->Prepare();
+    const char* prefix = (size & 2) ? "P_" : nullptr;
+    i4 status = runtime->Process(aText.c_str(), false, prefix, false);
+    if (status == 0 && (size & 4)) status = runtime->Process(aText.c_str(), false, prefix, true);
+    if (status == 0) status = runtime->Finalize();
+    if (status != 0) return;
+    for (u4 i = 0; i < runtime->NodeCount(); ++i)
+        Exercise(runtime, runtime->NodeAt(i));
+    llk::cObjectList* features = runtime->Nodes();
+    for (u4 i = 0; i < features->Count(); ++i)
+        runtime->SeekNode(static_cast<gik::pNode*>(features->AtIndex(i))->NameText(), true);
+    runtime->Dismiss();
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
@@ -97,23 +118,11 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* aData, size_t aSize) {
-    std::string text(reinterpret_cast<const char*>(aData), aSize);
-    llk::uAutoreleasePool pool;
-    gik::cRuntime* runtime = gik::cRuntime::New((aSize & 1) != 0);
-    cFuzzPort* port = cFuzzPort::New();
-    if (!runtime || !port) abort();
-    runtime->AttachPort("Device", port);
-    runtime->Prepare();
-    const char* prefix = (aSize & 2) ? "P_" : nullptr;
-    i4 status = runtime->Process(text.c_str(), false, prefix, false);
-    if (status == 0 && (aSize & 4)) status = runtime->Process(text.c_str(), false, prefix, true);
-    if (status == 0) status = runtime->Finalize();
-    if (status != 0) return 0;
-    for (u4 i = 0; i < runtime->NodeCount(); ++i)
-        Exercise(runtime, runtime->NodeAt(i));
-    llk::cObjectList* features = runtime->Nodes();
-    for (u4 i = 0; i < features->Count(); ++i)
-        runtime->SeekNode(static_cast<gik::pNode*>(features->AtIndex(i))->NameText(), true);
-    runtime->Dismiss();
+    {
+        llk::uAutoreleasePool pool;
+        Run(std::string(reinterpret_cast<const char*>(aData), aSize));
+    }
+    // Each input compiles new formula texts; none is needed again.
+    gik::sShared::ForgetUnused();
     return 0;
 }

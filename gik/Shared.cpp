@@ -15,7 +15,6 @@ struct tShared {
     u4 users = 0;
     llk::cStringCache* strings = nullptr;
     std::unordered_map<std::string, cFormula*>* formulas = nullptr;
-    size_t sweepAt = 256;
     u8 compiled = 0;
 };
 
@@ -24,32 +23,15 @@ struct tShared {
 std::mutex gMutex;
 tShared gShared;
 
-void ReleaseFormulas(std::unordered_map<std::string, cFormula*>* aTable) {
-    if (!aTable) return;
-    for (auto& entry : *aTable)
-        entry.second->Release();
-    delete aTable;
-}
-
-// Drops formulas that no node uses any more, when the table has doubled.
-void Sweep() {
-    auto* table = gShared.formulas;
-    if (table->size() < gShared.sweepAt) return;
-    for (auto it = table->begin(); it != table->end();) {
-        if (it->second->RetainCount() == 1) {
-            it->second->Release();
-            it = table->erase(it);
-        } else {
-            ++it;
-        }
-    }
-    gShared.sweepAt = table->size() * 2 > 256 ? table->size() * 2 : 256;
-}
-
 } // namespace
 
 bool sShared::Attach() {
     std::lock_guard<std::mutex> hold(gMutex);
+    // Compiled formulas stay for the life of the process, so that a text is
+    // compiled once however many runtimes come and go.
+    if (!gShared.formulas &&
+        !(gShared.formulas = new (std::nothrow) std::unordered_map<std::string, cFormula*>()))
+        return false;
     if (gShared.users == 0) {
         auto* strings = new (std::nothrow) llk::cStringCache();
         if (!strings) return false;
@@ -57,14 +39,7 @@ bool sShared::Attach() {
             strings->Release();
             return false;
         }
-        auto* formulas = new (std::nothrow) std::unordered_map<std::string, cFormula*>();
-        if (!formulas) {
-            strings->Release();
-            return false;
-        }
         gShared.strings = strings;
-        gShared.formulas = formulas;
-        gShared.sweepAt = 256;
     }
     ++gShared.users;
     return true;
@@ -72,18 +47,26 @@ bool sShared::Attach() {
 
 void sShared::Detach() {
     llk::cStringCache* strings = nullptr;
-    std::unordered_map<std::string, cFormula*>* formulas = nullptr;
     {
         std::lock_guard<std::mutex> hold(gMutex);
-        if (gShared.users == 0) return;
-        if (--gShared.users > 0) return;
+        if (gShared.users == 0 || --gShared.users > 0) return;
         strings = gShared.strings;
-        formulas = gShared.formulas;
         gShared.strings = nullptr;
-        gShared.formulas = nullptr;
     }
-    ReleaseFormulas(formulas);
     if (strings) strings->Release();
+}
+
+void sShared::ForgetUnused() {
+    std::lock_guard<std::mutex> hold(gMutex);
+    if (!gShared.formulas) return;
+    for (auto it = gShared.formulas->begin(); it != gShared.formulas->end();) {
+        if (it->second->RetainCount() == 1) {
+            it->second->Release();
+            it = gShared.formulas->erase(it);
+        } else {
+            ++it;
+        }
+    }
 }
 
 llk::cString* sShared::Intern(const char* aText) {
@@ -112,7 +95,6 @@ cFormula* sShared::Formula(const char* aText, const char** aError) {
             if (aError) *aError = error;
             return nullptr;
         }
-        Sweep();
         try {
             gShared.formulas->emplace(std::move(key), formula);
         } catch (...) {

@@ -1,8 +1,8 @@
 // Process-wide state of the kernel: one mutex over a string
 // cache, in which every node name, namespace, display name and unit is
 // interned, and over the table of compiled formulas, in which each formula
-// text is compiled once. Built by the first runtime and released with the
-// last one, so that a process that loads and drops documents does not grow.
+// text is compiled once per process. The strings are released with the last
+// runtime; the formulas stay.
 #pragma once
 
 #include "gik/Object.h"
@@ -30,6 +30,10 @@ public:
     // does not parse (then aError says why, and nothing is stored, so the
     // failure is reported again next time) or when nothing is attached.
     static cFormula* Formula(const char* aText, const char** aError);
+
+    // Drops the compiled formulas that no node holds, for long fuzzing runs
+    // that compile a new text for every input.
+    static void ForgetUnused();
 
     // For tests and benchmarks.
     static u4 InternedCount();
