@@ -4,7 +4,11 @@ output, with ratios to memcpy and memset of the output bytes and to the same
 job in OpenCV or libyuv.
 
     tavik_bench_imaging --benchmark_format=json > out.json
-    imaging_ratios.py out.json
+    imaging_ratios.py out.json [--real]
+
+Times are CPU times of the calling thread unless --real asks for wall-clock
+times (needed when the transform runs on several threads); on a shared
+machine the CPU time is the steadier measure of one thread's work.
 """
 import json
 import sys
@@ -19,13 +23,14 @@ def size_name(bytes_per_px):
 
 def main():
     runs = json.load(open(sys.argv[1]))["benchmarks"]
+    clock = "real_time" if "--real" in sys.argv[2:] else "cpu_time"
     ms = {}
     sizes = {}
     for r in runs:
         if r.get("run_type") == "aggregate" and r.get("aggregate_name") != "median":
             continue
         name = r["name"].split("/real_time")[0].removesuffix("_median")
-        ms[name] = r["real_time"] if r["time_unit"] == "ms" else r["real_time"] / 1e3
+        ms[name] = r[clock] if r["time_unit"] == "ms" else r[clock] / 1e3
         sizes[name] = (r.get("in_bytes_per_px", 0), r.get("out_bytes_per_px", 0))
     print(f"{'conversion':40} {'ms/MP':>7} {'/memcpy out':>11} {'/memset out':>11} {'/memcpy in':>10}"
           f"  {'OpenCV':>7} {'libyuv':>7}")

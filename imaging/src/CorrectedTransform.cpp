@@ -1,5 +1,7 @@
 #include "CorrectedTransform.h"
 
+#include <algorithm>
+
 #include "ColorCorrection.h"
 #include "Demosaic.h"
 #include "PixelFormatTable.h"

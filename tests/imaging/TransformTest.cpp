@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <random>
 
 #include "ImagingReference.h"
 
@@ -163,6 +164,76 @@ TEST(TransformTest, BadInputIsRefusedAndNothingIsWritten) {
     EXPECT_EQ(TvkImageTransform(nullptr, &image, nullptr, 0), TvkErrorBadParameter);
     EXPECT_EQ(TvkSetColorCorrectionMatrix3x3(nullptr, nullptr), TvkErrorBadParameter);
     EXPECT_EQ(TvkSetGammaCorrection(1.0f, nullptr), TvkErrorBadParameter);
+}
+
+TEST(TransformTest, DispatchChecksRecordsAndPicksTheRoutine) {
+    std::vector<uint8_t> raw(8 * 4, 100), out(8 * 4 * 3);
+    TvkImage source{}, destination{};
+    source.Size = destination.Size = sizeof(TvkImage);
+    source.Data = raw.data();
+    destination.Data = out.data();
+    ASSERT_EQ(TvkSetImageInfoFromPixelFormat(TvkPixelFormatBayerRG8, 8, 4, &source),
+              TvkErrorSuccess);
+    ASSERT_EQ(TvkSetImageInfoOutput(TvkSimpleImageFormatBGR24, 8, 4, &destination),
+              TvkErrorSuccess);
+    EXPECT_EQ(TvkImageTransform(&source, &destination, nullptr, 0), TvkErrorSuccess);
+    EXPECT_EQ(out, std::vector<uint8_t>(out.size(), 100));
+
+    TvkTransformInfo mode{};
+    ASSERT_EQ(TvkSetDebayerMode(5, &mode), TvkErrorSuccess);
+    EXPECT_EQ(TvkImageTransform(&source, &destination, &mode, 1), TvkErrorBadParameter);
+    EXPECT_EQ(TvkSetDebayerMode(0, nullptr), TvkErrorBadParameter);
+
+    source.ImageInfo.PixelInfo.BayerPattern = 255;
+    EXPECT_EQ(TvkImageTransform(&source, &destination, nullptr, 0), TvkErrorBadParameter);
+    source.ImageInfo.PixelInfo.BayerPattern = 0;
+
+    destination.ImageInfo.Width = 7;
+    EXPECT_EQ(TvkImageTransform(&source, &destination, nullptr, 0), TvkErrorBadParameter);
+    destination.ImageInfo.Width = 8;
+    source.Size = sizeof(TvkImage) - 1;
+    EXPECT_EQ(TvkImageTransform(&source, &destination, nullptr, 0), TvkErrorStructSize);
+    source.Size = sizeof(TvkImage);
+    EXPECT_EQ(TvkImageTransform(&source, nullptr, nullptr, 0), TvkErrorBadParameter);
+
+    // UYVY needs an even width.
+    std::vector<uint8_t> mono(7 * 2, 50), uyvy(7 * 2 * 2);
+    TvkImage monoImage{}, uyvyImage{};
+    monoImage.Size = uyvyImage.Size = sizeof(TvkImage);
+    monoImage.Data = mono.data();
+    uyvyImage.Data = uyvy.data();
+    ASSERT_EQ(TvkSetImageInfoFromPixelFormat(TvkPixelFormatMono8, 7, 2, &monoImage),
+              TvkErrorSuccess);
+    ASSERT_EQ(TvkSetImageInfoOutput(TvkSimpleImageFormatUYVY, 7, 2, &uyvyImage), TvkErrorSuccess);
+    EXPECT_EQ(TvkImageTransform(&monoImage, &uyvyImage, nullptr, 0), TvkErrorBadParameter);
+}
+
+TEST(TransformTest, Mono12PackedKeepsTheUpperEightBits) {
+    // Pixels 0xABC and 0xDEF: bytes AB, FC, DE.
+    const uint8_t packed[6] = {0xAB, 0xFC, 0xDE, 0x12, 0x34, 0x56};
+    uint8_t out[4] = {};
+    ASSERT_EQ(TvkPacked12BitTo8Bit(out, packed, 4, 1), TvkErrorSuccess);
+    EXPECT_EQ(out[0], 0xAB);
+    EXPECT_EQ(out[1], 0xDE);
+    EXPECT_EQ(out[2], 0x12);
+    EXPECT_EQ(out[3], 0x56);
+}
+
+TEST(TransformTest, Mono12PackedMatchesThePlainUnpackingAtEverySize) {
+    std::mt19937 random(3);
+    for (uint32_t w : {2u, 30u, 32u, 34u, 64u, 66u, 100u}) {
+        const uint32_t h = 3;
+        std::vector<uint8_t> packed(w * h / 2 * 3);
+        for (auto& b : packed)
+            b = static_cast<uint8_t>(random());
+        std::vector<uint8_t> out(w * h, 0), expected(w * h);
+        for (size_t i = 0; i < expected.size(); i += 2) {
+            expected[i] = packed[i / 2 * 3];
+            expected[i + 1] = packed[i / 2 * 3 + 2];
+        }
+        ASSERT_EQ(TvkPacked12BitTo8Bit(out.data(), packed.data(), w, h), TvkErrorSuccess);
+        EXPECT_EQ(out, expected) << w;
+    }
 }
 
 } // namespace
