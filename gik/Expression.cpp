@@ -45,7 +45,8 @@ inline bool Computes(const tScalar& a) {
     return a.number;
 }
 
-// Ruling 6: bool and byte operands behave as unsigned in every operator.
+// Bool and byte operands behave as unsigned in every operator, so that
+// comparisons combine: (A=0)&&(B=1) computes.
 inline u4 Promote(u4 aFlavour) {
     return (aFlavour == kFlavourBool || aFlavour == kFlavourByte) ? kFlavourUnsigned : aFlavour;
 }
@@ -98,8 +99,8 @@ bool sEvaluator::Binary(u4 aOp, const tScalar& aL, const tScalar& aR, tScalar& a
         }
         default: { // real: shifted as a signed number, kept real
             i8 v = aL.AsSint();
-            return RealResult(static_cast<double>(aOp == kOpShl ? ShiftLeft(v, n) : ShiftRight(v, n)),
-                              aOut);
+            return RealResult(
+                static_cast<double>(aOp == kOpShl ? ShiftLeft(v, n) : ShiftRight(v, n)), aOut);
         }
         }
     }
@@ -116,9 +117,12 @@ bool sEvaluator::Binary(u4 aOp, const tScalar& aL, const tScalar& aR, tScalar& a
     if (type == kFlavourReal) {
         double a = aL.AsReal(), b = aR.AsReal();
         switch (aOp) {
-        case kOpAdd: return RealResult(a + b, aOut);
-        case kOpSub: return RealResult(a - b, aOut);
-        case kOpMul: return RealResult(a * b, aOut);
+        case kOpAdd:
+            return RealResult(a + b, aOut);
+        case kOpSub:
+            return RealResult(a - b, aOut);
+        case kOpMul:
+            return RealResult(a * b, aOut);
         case kOpDiv:
             if (b == 0.0) return false;
             return RealResult(a / b, aOut);
@@ -129,25 +133,50 @@ bool sEvaluator::Binary(u4 aOp, const tScalar& aL, const tScalar& aR, tScalar& a
             if (!(b > 0.0)) return false;
             return RealResult(std::pow(a, b), aOut);
         }
-        case kOpBitAnd: aOut = tScalar::Signed(aL.AsSint() & aR.AsSint()); return true;
-        case kOpBitOr: aOut = tScalar::Signed(aL.AsSint() | aR.AsSint()); return true;
-        case kOpBitXor: aOut = tScalar::Signed(aL.AsSint() ^ aR.AsSint()); return true;
-        case kOpGt: aOut = tScalar::Bool(a > b); return true;
-        case kOpLe: aOut = tScalar::Bool(a <= b); return true;
-        case kOpGe: aOut = tScalar::Bool(a >= b); return true;
-        case kOpLt: aOut = tScalar::Bool(a < b); return true;
-        case kOpEq: aOut = tScalar::Bool(std::fabs(a - b) < 1e-6); return true;
-        case kOpNe: aOut = tScalar::Bool(!(std::fabs(a - b) < 1e-6)); return true;
-        default: return false;
+        case kOpBitAnd:
+            aOut = tScalar::Signed(aL.AsSint() & aR.AsSint());
+            return true;
+        case kOpBitOr:
+            aOut = tScalar::Signed(aL.AsSint() | aR.AsSint());
+            return true;
+        case kOpBitXor:
+            aOut = tScalar::Signed(aL.AsSint() ^ aR.AsSint());
+            return true;
+        case kOpGt:
+            aOut = tScalar::Bool(a > b);
+            return true;
+        case kOpLe:
+            aOut = tScalar::Bool(a <= b);
+            return true;
+        case kOpGe:
+            aOut = tScalar::Bool(a >= b);
+            return true;
+        case kOpLt:
+            aOut = tScalar::Bool(a < b);
+            return true;
+        case kOpEq:
+            aOut = tScalar::Bool(std::fabs(a - b) < 1e-6);
+            return true;
+        case kOpNe:
+            aOut = tScalar::Bool(!(std::fabs(a - b) < 1e-6));
+            return true;
+        default:
+            return false;
         }
     }
     if (type == kFlavourSigned) {
         i8 a = aL.AsSint(), b = aR.AsSint();
         u8 ua = static_cast<u8>(a), ub = static_cast<u8>(b);
         switch (aOp) {
-        case kOpAdd: aOut = tScalar::Signed(Wrap(ua + ub)); return true;
-        case kOpSub: aOut = tScalar::Signed(Wrap(ua - ub)); return true;
-        case kOpMul: aOut = tScalar::Signed(Wrap(ua * ub)); return true;
+        case kOpAdd:
+            aOut = tScalar::Signed(Wrap(ua + ub));
+            return true;
+        case kOpSub:
+            aOut = tScalar::Signed(Wrap(ua - ub));
+            return true;
+        case kOpMul:
+            aOut = tScalar::Signed(Wrap(ua * ub));
+            return true;
         case kOpDiv:
             if (b == 0) return false;
             aOut = tScalar::Signed(b == -1 ? Wrap(0 - ua) : a / b);
@@ -164,23 +193,48 @@ bool sEvaluator::Binary(u4 aOp, const tScalar& aL, const tScalar& aR, tScalar& a
             aOut = tScalar::Signed(RealToSint(p));
             return true;
         }
-        case kOpBitAnd: aOut = tScalar::Signed(a & b); return true;
-        case kOpBitOr: aOut = tScalar::Signed(a | b); return true;
-        case kOpBitXor: aOut = tScalar::Signed(a ^ b); return true;
-        case kOpGt: aOut = tScalar::Bool(a > b); return true;
-        case kOpLe: aOut = tScalar::Bool(a <= b); return true;
-        case kOpGe: aOut = tScalar::Bool(a >= b); return true;
-        case kOpLt: aOut = tScalar::Bool(a < b); return true;
-        case kOpEq: aOut = tScalar::Bool(a == b); return true;
-        case kOpNe: aOut = tScalar::Bool(a != b); return true;
-        default: return false;
+        case kOpBitAnd:
+            aOut = tScalar::Signed(a & b);
+            return true;
+        case kOpBitOr:
+            aOut = tScalar::Signed(a | b);
+            return true;
+        case kOpBitXor:
+            aOut = tScalar::Signed(a ^ b);
+            return true;
+        case kOpGt:
+            aOut = tScalar::Bool(a > b);
+            return true;
+        case kOpLe:
+            aOut = tScalar::Bool(a <= b);
+            return true;
+        case kOpGe:
+            aOut = tScalar::Bool(a >= b);
+            return true;
+        case kOpLt:
+            aOut = tScalar::Bool(a < b);
+            return true;
+        case kOpEq:
+            aOut = tScalar::Bool(a == b);
+            return true;
+        case kOpNe:
+            aOut = tScalar::Bool(a != b);
+            return true;
+        default:
+            return false;
         }
     }
     u8 a = aL.AsUint(), b = aR.AsUint();
     switch (aOp) {
-    case kOpAdd: aOut = tScalar::Unsigned(a + b); return true;
-    case kOpSub: aOut = tScalar::Unsigned(a - b); return true;
-    case kOpMul: aOut = tScalar::Unsigned(a * b); return true;
+    case kOpAdd:
+        aOut = tScalar::Unsigned(a + b);
+        return true;
+    case kOpSub:
+        aOut = tScalar::Unsigned(a - b);
+        return true;
+    case kOpMul:
+        aOut = tScalar::Unsigned(a * b);
+        return true;
     case kOpDiv:
         if (b == 0) return false;
         aOut = tScalar::Unsigned(a / b);
@@ -197,16 +251,35 @@ bool sEvaluator::Binary(u4 aOp, const tScalar& aL, const tScalar& aR, tScalar& a
         aOut = tScalar::Unsigned(RealToUint(p));
         return true;
     }
-    case kOpBitAnd: aOut = tScalar::Unsigned(a & b); return true;
-    case kOpBitOr: aOut = tScalar::Unsigned(a | b); return true;
-    case kOpBitXor: aOut = tScalar::Unsigned(a ^ b); return true;
-    case kOpGt: aOut = tScalar::Bool(a > b); return true;
-    case kOpLe: aOut = tScalar::Bool(a <= b); return true;
-    case kOpGe: aOut = tScalar::Bool(a >= b); return true;
-    case kOpLt: aOut = tScalar::Bool(a < b); return true;
-    case kOpEq: aOut = tScalar::Bool(a == b); return true;
-    case kOpNe: aOut = tScalar::Bool(a != b); return true;
-    default: return false;
+    case kOpBitAnd:
+        aOut = tScalar::Unsigned(a & b);
+        return true;
+    case kOpBitOr:
+        aOut = tScalar::Unsigned(a | b);
+        return true;
+    case kOpBitXor:
+        aOut = tScalar::Unsigned(a ^ b);
+        return true;
+    case kOpGt:
+        aOut = tScalar::Bool(a > b);
+        return true;
+    case kOpLe:
+        aOut = tScalar::Bool(a <= b);
+        return true;
+    case kOpGe:
+        aOut = tScalar::Bool(a >= b);
+        return true;
+    case kOpLt:
+        aOut = tScalar::Bool(a < b);
+        return true;
+    case kOpEq:
+        aOut = tScalar::Bool(a == b);
+        return true;
+    case kOpNe:
+        aOut = tScalar::Bool(a != b);
+        return true;
+    default:
+        return false;
     }
 }
 
@@ -284,16 +357,26 @@ bool sEvaluator::Function(u4 aHash, u4 aCount, const tScalar* aArgs, tScalar& aO
         if (x < 0.0) return false;
         return RealResult(std::sqrt(x), aOut);
     }
-    case kLN: return RealResult(std::log(a.AsReal()), aOut);
-    case kLG: return RealResult(std::log10(a.AsReal()), aOut);
-    case kEXP: return RealResult(std::exp(a.AsReal()), aOut);
-    case kSIN: return RealResult(std::sin(a.AsReal()), aOut);
-    case kCOS: return RealResult(std::cos(a.AsReal()), aOut);
-    case kTAN: return RealResult(std::tan(a.AsReal()), aOut);
-    case kASIN: return RealResult(std::asin(a.AsReal()), aOut);
-    case kACOS: return RealResult(std::acos(a.AsReal()), aOut);
-    case kATAN: return RealResult(std::atan(a.AsReal()), aOut);
-    default: return false; // an unknown name compiles and has no value
+    case kLN:
+        return RealResult(std::log(a.AsReal()), aOut);
+    case kLG:
+        return RealResult(std::log10(a.AsReal()), aOut);
+    case kEXP:
+        return RealResult(std::exp(a.AsReal()), aOut);
+    case kSIN:
+        return RealResult(std::sin(a.AsReal()), aOut);
+    case kCOS:
+        return RealResult(std::cos(a.AsReal()), aOut);
+    case kTAN:
+        return RealResult(std::tan(a.AsReal()), aOut);
+    case kASIN:
+        return RealResult(std::asin(a.AsReal()), aOut);
+    case kACOS:
+        return RealResult(std::acos(a.AsReal()), aOut);
+    case kATAN:
+        return RealResult(std::atan(a.AsReal()), aOut);
+    default:
+        return false; // an unknown name compiles and has no value
     }
 }
 
@@ -354,7 +437,8 @@ bool sEvaluator::Run(const pExpression* aRoot, const cVariables* aVariables, tSc
             if (ident->mIsConstant) {
                 values[nv++] = ident->mConstant;
             } else {
-                const tScalar* v = aVariables ? aVariables->Find(ident->mHash, ident->Name()) : nullptr;
+                const tScalar* v =
+                    aVariables ? aVariables->Find(ident->mHash, ident->Name()) : nullptr;
                 values[nv++] = v ? *v : Nothing();
             }
             --nf;

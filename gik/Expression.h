@@ -2,7 +2,7 @@
 //
 // A tree is built once per formula text and then shared by every node of
 // every runtime that uses that text, from any thread: evaluation writes
-// nothing into the tree (ruling 8). It is iterative, over a stack sized by
+// nothing into the tree. It is iterative, over a stack sized by
 // the tree's height, so no formula can exhaust the C stack, however deep.
 // The nodes of a tree are owned by its gik::cFormula; children are plain
 // pointers.
@@ -111,7 +111,9 @@ public:
     const char* ClassName() const override { return "cFunctExpression"; }
     u4 NameHash() const { return mHash; }
     u4 ArgumentCount() const { return mCount; }
-    const pExpression* Argument(u4 aIndex) const { return aIndex < mCount ? mArguments[aIndex] : nullptr; }
+    const pExpression* Argument(u4 aIndex) const {
+        return aIndex < mCount ? mArguments[aIndex] : nullptr;
+    }
 
 private:
     friend class sParser;
@@ -119,7 +121,7 @@ private:
     u4 mHash = 0;
     u4 mCount = 0;
     const pExpression* mArguments[kMaxArguments] = {nullptr, nullptr};
-    // No scratch results: the tree is shared between threads (ruling 8).
+    // No scratch results: the tree is shared between threads.
 };
 
 class cCondiExpression : public pExpression {
@@ -173,7 +175,8 @@ public:
     static bool Run(const pExpression* aRoot, const cVariables* aVariables, tScalar& aResult);
 
     // The operations, also used by the tests of the type rules.
-    static bool Binary(u4 aOperation, const tScalar& aLeft, const tScalar& aRight, tScalar& aResult);
+    static bool Binary(u4 aOperation, const tScalar& aLeft, const tScalar& aRight,
+                       tScalar& aResult);
     static bool Unary(u4 aOperation, const tScalar& aOperand, tScalar& aResult);
     static bool Function(u4 aHash, u4 aCount, const tScalar* aArguments, tScalar& aResult);
 };

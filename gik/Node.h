@@ -1,5 +1,5 @@
-// gik::pNode: the abstract base of every node of the feature graph
-//. It reads the elements common to all node types, resolves
+// gik::pNode: the abstract base of every node of the feature graph.
+// It reads the elements common to all node types, resolves
 // references once all documents are in, holds the dependency lists and
 // answers the access questions.
 #pragma once
@@ -137,8 +137,8 @@ protected:
     pNode() = default;
 
     // Reads a tValue pair, logging nothing; see tValue::Parse.
-    i4 ParseValue(cRuntime* aRuntime, const TiXmlElement* aElement, const char* aName, tValue& aValue,
-                  tValue::tLiteral aLiteral, bool* aFound = nullptr);
+    i4 ParseValue(cRuntime* aRuntime, const TiXmlElement* aElement, const char* aName,
+                  tValue& aValue, tValue::tLiteral aLiteral, bool* aFound = nullptr);
     // The base's part of SetImplemented: the three "pIs" targets and the latch.
     void SetImplementedBase(bool aImplemented);
     // Tells the dependents of a change (a successful SetValue).

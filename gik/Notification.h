@@ -1,5 +1,5 @@
-// gik::cNotification: what a change tells the nodes that depend on it
-//. The walks themselves are cRuntime::Invalidate, Propagate and
+// gik::cNotification: what a change tells the nodes that depend on it.
+// The walks themselves are cRuntime::Invalidate, Propagate and
 // Broadcast, in Notification.cpp.
 #pragma once
 

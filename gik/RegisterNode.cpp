@@ -25,7 +25,8 @@ i4 pRegisterNode::Parse(cRuntime* aRuntime, const TiXmlElement* aElement) {
     if (!aElement) return kOk;
 
     bool found = false;
-    if ((status = ParseValue(aRuntime, aElement, "Address", mAddress, tValue::kInteger, &found)) != kOk)
+    if ((status = ParseValue(aRuntime, aElement, "Address", mAddress, tValue::kInteger, &found)) !=
+        kOk)
         return status;
     if (!found) {
         cValue zero;
@@ -60,7 +61,8 @@ i4 pRegisterNode::Resolve(cRuntime* aRuntime) {
     i4 status = pNode::Resolve(aRuntime);
     if (status == kOk) status = mAddress.Resolve(this, aRuntime, true);
     if (status == kOk) status = mIndex.Resolve(this, aRuntime, true);
-    // The port is resolved but is no dependency edge (ruling 7).
+    // The port is resolved but is no dependency edge: a write to one
+    // register must not invalidate every register of its port.
     if (status == kOk) status = mPort.Resolve(this, aRuntime, false);
     return status;
 }
