@@ -1,5 +1,7 @@
 // "3x3" bilinear demosaic and its mono form.
 #include <cstring>
+#include <optional>
+#include <vector>
 
 #include "Demosaic.h"
 
@@ -39,21 +41,45 @@ inline tRgb Bilinear(const uint8_t* s, uint32_t w, uint32_t x, uint32_t y, uint3
     }
 }
 
+// Each source line split into its even and odd samples once, for the three
+// output lines that use it, in a buffer that each thread keeps.
+class cPlanes {
+public:
+    cPlanes(const uint8_t* aSource, uint32_t aWidth) : mSource(aSource), mWidth(aWidth) {
+        thread_local std::vector<uint8_t> buffer;
+        if (buffer.size() < 3 * size_t(aWidth)) buffer.resize(3 * size_t(aWidth));
+        mBuffer = buffer.data();
+    }
+    tLinePlanes Get(uint32_t y) {
+        uint8_t* slot = mBuffer + (y % 3) * size_t(mWidth);
+        if (mHeld[y % 3] != y) {
+            SplitLineSsse3(mSource + size_t(y) * mWidth, mWidth, slot, slot + mWidth / 2);
+            mHeld[y % 3] = y;
+        }
+        return {slot, slot + mWidth / 2};
+    }
+
+private:
+    const uint8_t* mSource;
+    uint32_t mWidth;
+    uint8_t* mBuffer;
+    int64_t mHeld[3] = {-1, -1, -1};
+};
+
 // Output line y from interior line m: the first column repeats the second,
 // the last the one before.
 template <class It>
 void Line3x3(It aOut, uint8_t* aDest, const uint8_t* aSource, uint32_t w, uint32_t m,
-             uint32_t aPattern) {
+             uint32_t aPattern, cPlanes* aPlanes) {
     tRgb v = Bilinear(aSource, w, 1, m, aPattern);
     aOut.Write(v.r, v.g, v.b);
     aOut.Write(v.r, v.g, v.b);
     uint32_t x = 2;
     if constexpr (VectorFormat<It, uint8_t>() >= 0) {
-        if (HaveSsse3()) {
-            const uint8_t* line = aSource + static_cast<size_t>(m) * w;
+        if (aPlanes) {
             const bool redLine = SiteColour(aPattern, 0, m) == 0 || SiteColour(aPattern, 1, m) == 0;
-            x = Line3x3Ssse3(aDest, line - w, line, line + w, w, SiteColour(aPattern, 0, m),
-                             redLine, VectorFormat<It, uint8_t>());
+            x = Line3x3Ssse3(aDest, aPlanes->Get(m - 1), aPlanes->Get(m), aPlanes->Get(m + 1), w,
+                             SiteColour(aPattern, 0, m), redLine, VectorFormat<It, uint8_t>());
             aOut.p = aDest + x * It::kBytes;
         }
     }
@@ -71,6 +97,8 @@ void Raw8To3x3Lines(It aOut, uint8_t* aDest, const uint8_t* aSource, uint32_t w,
                     uint32_t aPattern, bool aBlackTop) {
     const size_t stride = static_cast<size_t>(w) * It::kBytes;
     ForEachBand(h, static_cast<size_t>(w) * h, [&](uint32_t aFirst, uint32_t aEnd) {
+        std::optional<cPlanes> planes;
+        if (VectorFormat<It, uint8_t>() >= 0 && HaveSsse3()) planes.emplace(aSource, w);
         for (uint32_t y = aFirst; y < aEnd; ++y) {
             It out = aOut;
             out.p = aDest + y * stride;
@@ -80,7 +108,7 @@ void Raw8To3x3Lines(It aOut, uint8_t* aDest, const uint8_t* aSource, uint32_t w,
                 continue;
             }
             const uint32_t m = y == 0 ? 1 : y + 1 == h ? h - 2 : y;
-            Line3x3(out, out.p, aSource, w, m, aPattern);
+            Line3x3(out, out.p, aSource, w, m, aPattern, planes ? &*planes : nullptr);
         }
     });
 }

@@ -167,16 +167,6 @@ __attribute__((target("ssse3"))) inline __m128i Quarter(__m128i a, __m128i b, __
     return _mm_sub_epi8(_mm_avg_epu8(s1, s2), down);
 }
 
-// The odd samples one site to the left (p[-1], p[1], ... p[29]) and the even
-// ones one site to the right (p[2] ... p[32]), from the split at p and the one
-// sample beyond it.
-__attribute__((target("ssse3"))) inline __m128i OddLeft(__m128i aOdd, const uint8_t* p) {
-    return _mm_alignr_epi8(aOdd, _mm_slli_si128(_mm_cvtsi32_si128(p[-1]), 15), 15);
-}
-__attribute__((target("ssse3"))) inline __m128i EvenRight(__m128i aEven, const uint8_t* p) {
-    return _mm_alignr_epi8(_mm_cvtsi32_si128(p[32]), aEven, 1);
-}
-
 // The three colours of 16 sites of one kind.
 struct tSites {
     __m128i r, g, b;
@@ -204,18 +194,20 @@ __attribute__((target("ssse3"))) inline tSites GreenSite(bool aRedLine, __m128i 
 
 template <int Format>
 __attribute__((target("ssse3"))) uint32_t
-Line3x3(uint8_t* aDest, const uint8_t* u, const uint8_t* m, const uint8_t* l, uint32_t aWidth,
-        uint32_t aEvenColour, bool aRedLine) {
-    // Pairs (x, x + 1) from x = 2: each step reads samples [x - 1, x + 33) of three lines.
+Line3x3(uint8_t* aDest, const tLinePlanes& u, const tLinePlanes& m, const tLinePlanes& l,
+        uint32_t aWidth, uint32_t aEvenColour, bool aRedLine) {
+    auto at = [](const uint8_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); };
+    // Pairs (x, x + 1) from x = 2, sites k = x / 2 on: the planes give the
+    // neighbours one site left and right by loading one byte earlier or later.
     uint32_t x = 2;
     for (; x + 34 <= aWidth; x += 32) {
-        __m128i mE, mO, uE, uO, lE, lO;
-        Split(m + x, mE, mO);
-        Split(u + x, uE, uO);
-        Split(l + x, lE, lO);
-        const __m128i mOl = OddLeft(mO, m + x), mEr = EvenRight(mE, m + x);
-        const __m128i uOl = OddLeft(uO, u + x), uEr = EvenRight(uE, u + x);
-        const __m128i lOl = OddLeft(lO, l + x), lEr = EvenRight(lE, l + x);
+        const uint32_t k = x / 2;
+        const __m128i mE = at(m.even + k), mO = at(m.odd + k), mOl = at(m.odd + k - 1),
+                      mEr = at(m.even + k + 1);
+        const __m128i uE = at(u.even + k), uO = at(u.odd + k), uOl = at(u.odd + k - 1),
+                      uEr = at(u.even + k + 1);
+        const __m128i lE = at(l.even + k), lO = at(l.odd + k), lOl = at(l.odd + k - 1),
+                      lEr = at(l.even + k + 1);
         // Even sites: left M[x-1], right M[x+1]; odd sites: left M[x], right M[x+2].
         tSites even, odd;
         if (aEvenColour != 1) {
@@ -233,8 +225,24 @@ Line3x3(uint8_t* aDest, const uint8_t* u, const uint8_t* m, const uint8_t* l, ui
 
 } // namespace
 
-uint32_t Line3x3Ssse3(uint8_t* aDest, const uint8_t* u, const uint8_t* m, const uint8_t* l,
-                      uint32_t aWidth, uint32_t aEvenColour, bool aRedLine, uint32_t aFormat) {
+__attribute__((target("ssse3"))) void SplitLineSsse3(const uint8_t* aLine, uint32_t aWidth,
+                                                     uint8_t* aEven, uint8_t* aOdd) {
+    uint32_t x = 0;
+    for (; x + 32 <= aWidth; x += 32) {
+        __m128i even, odd;
+        Split(aLine + x, even, odd);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(aEven + x / 2), even);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(aOdd + x / 2), odd);
+    }
+    for (; x + 1 < aWidth; x += 2) {
+        aEven[x / 2] = aLine[x];
+        aOdd[x / 2] = aLine[x + 1];
+    }
+}
+
+uint32_t Line3x3Ssse3(uint8_t* aDest, const tLinePlanes& u, const tLinePlanes& m,
+                      const tLinePlanes& l, uint32_t aWidth, uint32_t aEvenColour, bool aRedLine,
+                      uint32_t aFormat) {
     return static_cast<uint32_t>(WithFormat<6>(aFormat, [&](auto f) {
         return Line3x3<f()>(aDest, u, m, l, aWidth, aEvenColour, aRedLine);
     }));

@@ -20,11 +20,20 @@ void UseVectorForms(bool aUse);
 uint32_t Line2x2Ssse3(uint8_t* aDest, const uint8_t* l0, const uint8_t* l1, uint32_t aWidth,
                       int aEven, uint32_t aFormat);
 
-// "3x3" for one interior line (lines u, m, l): writes pixels [2, return value)
-// of the line. aEvenColour is the colour of the line's even sites (0 red,
-// 1 green, 2 blue); aRedLine says whether the line holds red samples.
-uint32_t Line3x3Ssse3(uint8_t* aDest, const uint8_t* u, const uint8_t* m, const uint8_t* l,
-                      uint32_t aWidth, uint32_t aEvenColour, bool aRedLine, uint32_t aFormat);
+// A line's even and odd samples as two planes of aWidth / 2 bytes (aWidth even).
+struct tLinePlanes {
+    const uint8_t* even;
+    const uint8_t* odd;
+};
+void SplitLineSsse3(const uint8_t* aLine, uint32_t aWidth, uint8_t* aEven, uint8_t* aOdd);
+
+// "3x3" for one interior line from the planes of the lines above (u), at (m)
+// and below (l): writes pixels [2, return value) of the line. aEvenColour is
+// the colour of the line's even sites (0 red, 1 green, 2 blue); aRedLine says
+// whether the line holds red samples.
+uint32_t Line3x3Ssse3(uint8_t* aDest, const tLinePlanes& u, const tLinePlanes& m,
+                      const tLinePlanes& l, uint32_t aWidth, uint32_t aEvenColour, bool aRedLine,
+                      uint32_t aFormat);
 
 // The upper eight bits of 12-bit packed pixels; returns how many pixels it
 // wrote (a multiple of 32), reading only inside the source.
