@@ -30,7 +30,7 @@ tRGB Correct8(tRGB p, const float* m) {
             sat((f[6] * r + f[7] * b + f[8] * g) >> 10)};
 }
 
-TEST(ColorCorrectionTest, FixedPointRowsSaturateAsSpecified) {
+TEST(ColorCorrectionTest, FixedPointRowsSaturateOnTheirHighBits) {
     qrx::ColorCorrectionPrm prm;
     std::copy_n(kIdentity, 9, prm.matrix);
     qrx::ColorCorrectionMatrixInt8 int8(prm);
