@@ -1,8 +1,8 @@
 // The feature kernel on the real devices' documents, over a zero-filled
-// in-memory port: loading the largest document (and the largest that loads),
-// with the peak memory of a process doing it, in real time since tinyxml
-// parses on a helper thread; a cached and an uncached
-// integer read; a SwissKnife read; a write with its invalidation walk.
+// in-memory port: loading the largest document (and the largest that loads)
+// with the peak memory of a process doing it, timed in real time since
+// tinyxml parses on a helper thread; a cached and an uncached integer read;
+// a SwissKnife read; a write with its invalidation walk.
 #include <benchmark/benchmark.h>
 #include <malloc.h>
 #include <sys/resource.h>
