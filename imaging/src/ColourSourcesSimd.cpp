@@ -87,4 +87,86 @@ size_t Yuv422Sse41(uint8_t* aDest, const uint8_t* aSource, size_t aPixels, uint3
                          [&](auto f) -> size_t { return Yuv422<f()>(aDest, aSource, aPixels, c); });
 }
 
+namespace {
+
+// Masks that gather plane c (0 red, 1 green, 2 blue) of 16 RGB pixels from
+// the 16-byte block j of their 48 bytes.
+struct alignas(16) tPickMasks {
+    int8_t m[3][3][16];
+};
+constexpr tPickMasks MakePickMasks() {
+    tPickMasks t{};
+    for (int c = 0; c < 3; ++c)
+        for (int j = 0; j < 3; ++j)
+            for (int i = 0; i < 16; ++i) {
+                const int at = 3 * i + c - 16 * j;
+                t.m[c][j][i] = static_cast<int8_t>(at >= 0 && at < 16 ? at : -1);
+            }
+    return t;
+}
+constexpr tPickMasks kPick = MakePickMasks();
+
+// Plane c of 16 RGB pixels in the blocks a.
+__attribute__((target("sse4.1"))) inline __m128i Pick(const __m128i* a, int c) {
+    __m128i plane = _mm_setzero_si128();
+    for (int j = 0; j < 3; ++j)
+        plane = _mm_or_si128(
+            plane, _mm_shuffle_epi8(
+                       a[j], _mm_load_si128(reinterpret_cast<const __m128i*>(kPick.m[c][j]))));
+    return plane;
+}
+
+// 16 values in 32-bit lanes (0 to 255) to bytes.
+__attribute__((target("sse4.1"))) inline __m128i Pack4(const __m128i* v) {
+    return _mm_packus_epi16(_mm_packus_epi32(v[0], v[1]), _mm_packus_epi32(v[2], v[3]));
+}
+
+// One output row of the matrix for 4 pixels, saturated: a result with a bit of
+// 0xff00 set becomes 0 when negative and 255 otherwise, else keeps its low byte.
+__attribute__((target("sse4.1"))) inline __m128i Row(__m128i r, __m128i g, __m128i b,
+                                                     const int32_t* m) {
+    const __m128i sum = _mm_add_epi32(_mm_add_epi32(_mm_mullo_epi32(r, _mm_set1_epi32(m[0])),
+                                                    _mm_mullo_epi32(b, _mm_set1_epi32(m[1]))),
+                                      _mm_mullo_epi32(g, _mm_set1_epi32(m[2])));
+    const __m128i v = _mm_srai_epi32(sum, 10);
+    const __m128i low = _mm_and_si128(v, _mm_set1_epi32(0xff));
+    const __m128i high =
+        _mm_cmpeq_epi32(_mm_and_si128(v, _mm_set1_epi32(0xff00)), _mm_setzero_si128());
+    const __m128i saturated =
+        _mm_andnot_si128(_mm_cmplt_epi32(v, _mm_setzero_si128()), _mm_set1_epi32(255));
+    return _mm_blendv_epi8(saturated, low, high);
+}
+
+template <int Format>
+__attribute__((target("sse4.1"))) size_t CorrectInt8(uint8_t* aDest, const uint8_t* aRgb,
+                                                     size_t aPixels, const int32_t* m) {
+    size_t i = 0;
+    for (; i + 16 <= aPixels; i += 16) {
+        const __m128i blocks[3] = {
+            _mm_loadu_si128(reinterpret_cast<const __m128i*>(aRgb + 3 * i)),
+            _mm_loadu_si128(reinterpret_cast<const __m128i*>(aRgb + 3 * i + 16)),
+            _mm_loadu_si128(reinterpret_cast<const __m128i*>(aRgb + 3 * i + 32))};
+        __m128i r8 = Pick(blocks, 0), g8 = Pick(blocks, 1), b8 = Pick(blocks, 2);
+        __m128i out[3][4];
+        for (int q = 0; q < 4; ++q) {
+            const __m128i r = _mm_cvtepu8_epi32(r8), g = _mm_cvtepu8_epi32(g8),
+                          b = _mm_cvtepu8_epi32(b8);
+            for (int k = 0; k < 3; ++k)
+                out[k][q] = Row(r, g, b, m + 3 * k);
+            r8 = _mm_srli_si128(r8, 4), g8 = _mm_srli_si128(g8, 4), b8 = _mm_srli_si128(b8, 4);
+        }
+        StorePlanes<Format>(aDest + OutputBytes(Format) * i, Pack4(out[0]), Pack4(out[1]),
+                            Pack4(out[2]));
+    }
+    return i;
+}
+
+} // namespace
+
+size_t CorrectInt8Sse41(uint8_t* aDest, const uint8_t* aRgb, size_t aPixels, const int32_t* m,
+                        uint32_t aFormat) {
+    return WithFormat<5>(
+        aFormat, [&](auto f) -> size_t { return CorrectInt8<f()>(aDest, aRgb, aPixels, m); });
+}
+
 } // namespace img

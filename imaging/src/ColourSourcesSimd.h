@@ -1,5 +1,5 @@
-// Vector forms of the YUV 4:2:2 sources, for processors with SSE4.1; they give
-// the same bytes as the plain forms.
+// Vector forms of the YUV 4:2:2 sources and of the 8-bit colour matrix, for
+// processors with SSE4.1; they give the same bytes as the plain forms.
 #pragma once
 
 #include <cstddef>
@@ -12,5 +12,11 @@ namespace img {
 // format.
 size_t Yuv422Sse41(uint8_t* aDest, const uint8_t* aSource, size_t aPixels, uint32_t aFormat,
                    bool aFullRange);
+
+// RGB24 pixels through a fixed-point matrix (coefficients m, rows applied to
+// R, B, G, 10 fraction bits, results saturated on bits 0xff00) into display
+// format aFormat (0 to 5); writes pixels [0, return value), a multiple of 16.
+size_t CorrectInt8Sse41(uint8_t* aDest, const uint8_t* aRgb, size_t aPixels, const int32_t* m,
+                        uint32_t aFormat);
 
 } // namespace img

@@ -1,8 +1,10 @@
 #include "CorrectedTransform.h"
 
 #include <algorithm>
+#include <vector>
 
 #include "ColorCorrection.h"
+#include "ColourSourcesSimd.h"
 #include "Demosaic.h"
 #include "PixelFormatTable.h"
 
@@ -54,6 +56,33 @@ TvkError_t DemosaicCorrected(uint8_t* aDest, uint32_t aFormat, const TvkImageInf
         return WithIterator(aFormat, body);
 }
 
+// The vector form of the 8-bit path: each line demosaiced into RGB, then
+// corrected 16 pixels at a time; the line's tail goes through the plain writer.
+void Raw8Corrected(uint8_t* aDest, const uint8_t* aSource, const TvkImageInfo& aInfo,
+                   uint32_t aFormat, const ColorCorrectionMatrixInt8& aMatrix) {
+    const uint32_t w = aInfo.Width, h = aInfo.Height;
+    const uint32_t phase = InternalPhase(aInfo.PixelInfo.BayerPattern);
+    const size_t stride = size_t(w) * OutputBytes(aFormat);
+    ForEachBand(h, size_t(w) * h, [&](uint32_t aFirst, uint32_t aEnd) {
+        thread_local std::vector<uint8_t> rgb;
+        rgb.resize(size_t(w) * 3);
+        for (uint32_t y = aFirst; y < aEnd; ++y) {
+            const uint32_t top = y + 1 < h ? y : y - 1;
+            const uint8_t* l0 = aSource + size_t(top) * w;
+            Line2x2(PixelIteratorRGB24{rgb.data()}, rgb.data(), l0, l0 + w, w,
+                    LinePhase(phase, top));
+            uint8_t* out = aDest + y * stride;
+            const size_t done = CorrectInt8Sse41(out, rgb.data(), w, aMatrix.m, aFormat);
+            WithIterator(aFormat, [&](auto aIterator) {
+                auto tail = Corrected<decltype(aIterator), false>(aMatrix);
+                tail.p = out + done * OutputBytes(aFormat);
+                for (size_t x = done; x < w; ++x)
+                    tail.Write(rgb[3 * x], rgb[3 * x + 1], rgb[3 * x + 2]);
+            });
+        }
+    });
+}
+
 } // namespace
 
 TvkError_t ImageTransform__CC(const TvkImage& aSource, TvkImage& aDestination,
@@ -91,6 +120,10 @@ TvkError_t ImageTransform__CC(const TvkImage& aSource, TvkImage& aDestination,
     if (p.PixelLayout == TvkPixelLayoutRaw && p.BitsPerPixel == 8) {
         // Raw8ToBGR_impl and Raw8ToY8_impl.
         if (format != 0 && format != 1 && format != 3 && format != 5) return TvkErrorBadParameter;
+        if (HaveSsse3() && HaveSse41()) {
+            Raw8Corrected(dst, src, info, format, matrix8);
+            return TvkErrorSuccess;
+        }
         return DemosaicCorrected<ColorCorrectionMatrixInt8, false>(dst, format, info, matrix8, [&] {
             return tRaw8Lines{src, w};
         });

@@ -354,6 +354,23 @@ TEST(DemosaicModesTest, VectorFormsMatchThePlainForms) {
         both([&](uint8_t* d) { TvkRaw8DeBayer(d, raw.data(), w, h, format, 1, 5); }, bytes,
              "2x2 LCAA+V");
     }
+    // The correcting path, with rows that saturate both ways and one past 16 bits.
+    const float matrix[9] = {1.7f, -0.4f, 0.2f, -0.6f, 300.0f, 0.9f, 0.1f, 0.3f, -0.2f};
+    for (uint32_t format : {0u, 1u, 3u, 5u}) {
+        both(
+            [&](uint8_t* d) {
+                TvkImage in{}, out{};
+                in.Size = out.Size = sizeof(TvkImage);
+                TvkSetImageInfoFromPixelFormat(TvkPixelFormatBayerGR8, w, h, &in);
+                TvkSetImageInfoOutput(format, w, h, &out);
+                in.Data = const_cast<uint8_t*>(raw.data());
+                out.Data = d;
+                TvkTransformInfo parameter;
+                TvkSetColorCorrectionMatrix3x3(matrix, &parameter);
+                ASSERT_EQ(TvkImageTransform(&in, &out, &parameter, 1), TvkErrorSuccess);
+            },
+            size_t(w) * h * OutputBytes(format), "2x2 with a matrix");
+    }
     for (uint32_t pixels : {1u, 31u, 32u, 33u, 64u, 1001u})
         both([&](uint8_t* d) { TvkPacked12BitTo8Bit(d, raw.data(), pixels & ~1u, 1); }, pixels,
              "unpacking");
