@@ -105,8 +105,12 @@ TvkError_t Y8ToOutput(uint8_t* aDest, const uint8_t* aSource, size_t aPixels, ui
         memcpy(aDest, aSource, aPixels);
         return TvkErrorSuccess;
     }
-    return Each(aDest, aPixels, aFormat,
-                [&](auto& out, size_t i) { out.Write(aSource[i], aSource[i], aSource[i]); });
+    const size_t done = HaveSsse3() ? ColourSsse3(aDest, aSource, aPixels, 1, false, aFormat) : 0;
+    return Each(aDest + done * OutputBytes(aFormat), aPixels - done, aFormat,
+                [&](auto& out, size_t i) {
+                    const uint8_t v = aSource[done + i];
+                    out.Write(v, v, v);
+                });
 }
 
 TvkError_t Y16ToOutput(uint8_t* aDest, const uint8_t* aSource, size_t aPixels, uint32_t aBitsUsed,
@@ -147,10 +151,12 @@ TvkError_t ColourToOutput(uint8_t* aDest, const uint8_t* aSource, size_t aPixels
         memcpy(aDest, aSource, aPixels * 3);
         return TvkErrorSuccess;
     }
-    return Each(aDest, aPixels, aFormat, [&](auto& out, size_t i) {
-        const uint8_t* p = aSource + i * step;
-        out.Write(bgr ? p[2] : p[0], p[1], bgr ? p[0] : p[2]);
-    });
+    const size_t done = HaveSsse3() ? ColourSsse3(aDest, aSource, aPixels, step, bgr, aFormat) : 0;
+    return Each(aDest + done * OutputBytes(aFormat), aPixels - done, aFormat,
+                [&](auto& out, size_t i) {
+                    const uint8_t* p = aSource + (done + i) * step;
+                    out.Write(bgr ? p[2] : p[0], p[1], bgr ? p[0] : p[2]);
+                });
 }
 
 TvkError_t Yuv411ToOutput(uint8_t* aDest, const uint8_t* aSource, size_t aPixels,

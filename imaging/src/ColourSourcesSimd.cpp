@@ -107,7 +107,7 @@ constexpr tPickMasks MakePickMasks() {
 constexpr tPickMasks kPick = MakePickMasks();
 
 // Plane c of 16 RGB pixels in the blocks a.
-__attribute__((target("sse4.1"))) inline __m128i Pick(const __m128i* a, int c) {
+__attribute__((target("ssse3"))) inline __m128i Pick(const __m128i* a, int c) {
     __m128i plane = _mm_setzero_si128();
     for (int j = 0; j < 3; ++j)
         plane = _mm_or_si128(
@@ -167,6 +167,68 @@ size_t CorrectInt8Sse41(uint8_t* aDest, const uint8_t* aRgb, size_t aPixels, con
                         uint32_t aFormat) {
     return WithFormat<5>(
         aFormat, [&](auto f) -> size_t { return CorrectInt8<f()>(aDest, aRgb, aPixels, m); });
+}
+
+namespace {
+
+// Channel c of 16 four-byte pixels in the blocks a.
+__attribute__((target("ssse3"))) inline __m128i Pick4(const __m128i* a, int c) {
+    const __m128i mask =
+        _mm_setr_epi8(static_cast<char>(c), static_cast<char>(c + 4), static_cast<char>(c + 8),
+                      static_cast<char>(c + 12), -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1);
+    const __m128i t0 = _mm_shuffle_epi8(a[0], mask), t1 = _mm_shuffle_epi8(a[1], mask);
+    const __m128i t2 = _mm_shuffle_epi8(a[2], mask), t3 = _mm_shuffle_epi8(a[3], mask);
+    return _mm_unpacklo_epi64(_mm_unpacklo_epi32(t0, t1), _mm_unpacklo_epi32(t2, t3));
+}
+
+template <int Format, int Step, bool Bgr>
+__attribute__((target("ssse3"))) size_t Colour(uint8_t* aDest, const uint8_t* aSource,
+                                               size_t aPixels) {
+    size_t i = 0;
+    for (; i + 16 <= aPixels; i += 16) {
+        const uint8_t* p = aSource + Step * i;
+        __m128i blocks[Step];
+        for (int j = 0; j < Step; ++j)
+            blocks[j] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 16 * j));
+        __m128i c0, c1, c2;
+        if constexpr (Step == 1)
+            c0 = c1 = c2 = blocks[0];
+        else if constexpr (Step == 3)
+            c0 = Pick(blocks, 0), c1 = Pick(blocks, 1), c2 = Pick(blocks, 2);
+        else
+            c0 = Pick4(blocks, 0), c1 = Pick4(blocks, 1), c2 = Pick4(blocks, 2);
+        if constexpr (Bgr)
+            StorePlanes<Format>(aDest + OutputBytes(Format) * i, c2, c1, c0);
+        else
+            StorePlanes<Format>(aDest + OutputBytes(Format) * i, c0, c1, c2);
+    }
+    return i;
+}
+
+template <int Step, bool Bgr>
+size_t ColourOf(uint8_t* aDest, const uint8_t* aSource, size_t aPixels, uint32_t aFormat) {
+    return WithFormat<5>(
+        aFormat, [&](auto f) -> size_t { return Colour<f(), Step, Bgr>(aDest, aSource, aPixels); });
+}
+
+} // namespace
+
+size_t ColourSsse3(uint8_t* aDest, const uint8_t* aSource, size_t aPixels, uint32_t aStep,
+                   bool aBgr, uint32_t aFormat) {
+    switch (aStep * 2 + aBgr) {
+    case 2:
+        return ColourOf<1, false>(aDest, aSource, aPixels, aFormat);
+    case 6:
+        return ColourOf<3, false>(aDest, aSource, aPixels, aFormat);
+    case 7:
+        return ColourOf<3, true>(aDest, aSource, aPixels, aFormat);
+    case 8:
+        return ColourOf<4, false>(aDest, aSource, aPixels, aFormat);
+    case 9:
+        return ColourOf<4, true>(aDest, aSource, aPixels, aFormat);
+    default:
+        return 0;
+    }
 }
 
 } // namespace img

@@ -1,5 +1,6 @@
-// Vector forms of the YUV 4:2:2 sources and of the 8-bit colour matrix, for
-// processors with SSE4.1; they give the same bytes as the plain forms.
+// Vector forms of the colour and YUV 4:2:2 sources and of the 8-bit colour
+// matrix, for processors with SSSE3 or SSE4.1 as told; they give the same
+// bytes as the plain forms.
 #pragma once
 
 #include <cstddef>
@@ -18,5 +19,11 @@ size_t Yuv422Sse41(uint8_t* aDest, const uint8_t* aSource, size_t aPixels, uint3
 // format aFormat (0 to 5); writes pixels [0, return value), a multiple of 16.
 size_t CorrectInt8Sse41(uint8_t* aDest, const uint8_t* aRgb, size_t aPixels, const int32_t* m,
                         uint32_t aFormat);
+
+// Mono (aStep 1) or colour pixels of three or four bytes, red first or, with
+// aBgr, blue first, into display format aFormat (0 to 5); SSSE3. Writes
+// pixels [0, return value), a multiple of 16.
+size_t ColourSsse3(uint8_t* aDest, const uint8_t* aSource, size_t aPixels, uint32_t aStep,
+                   bool aBgr, uint32_t aFormat);
 
 } // namespace img

@@ -60,6 +60,15 @@ TvkError_t Raw8Mode(uint8_t* aDest, const uint8_t* aSource, uint32_t aWidth, uin
 // TvkImageTransform's debayer modes, as numbers of the list above.
 constexpr uint32_t kDebayerModes[] = {0, 2, 4, 5, 3};
 
+// The checks of the sources given by pixel count: UYVY pairs pixels, so an odd
+// count would write half a pair past the end.
+TvkError_t CheckCount(const uint8_t* aDest, const uint8_t* aSource, uint32_t aPixels,
+                      uint32_t aFormat) {
+    if (!aDest || !aSource) return TvkErrorBadParameter;
+    return aFormat == TvkSimpleImageFormatUYVY && (aPixels & 1) ? TvkErrorBadParameter
+                                                                : TvkErrorSuccess;
+}
+
 // The mono routines report only success or failure.
 TvkError_t ZeroOrAllOnes(TvkError_t aStatus) {
     return aStatus == TvkErrorSuccess ? 0 : static_cast<TvkError_t>(~0);
@@ -175,19 +184,19 @@ TVK_EXPORT TvkError_t TvkRaw16ImageTransformEx(uint8_t* pDst, const uint8_t* pSr
 
 TVK_EXPORT TvkError_t TvkY8ImageTransform(uint8_t* pDst, const uint8_t* pSrc, uint32_t pixelCount,
                                           uint32_t imageFormat) {
-    if (!pDst || !pSrc) return TvkErrorBadParameter;
+    if (TvkError_t status = CheckCount(pDst, pSrc, pixelCount, imageFormat)) return status;
     return Y8ToOutput(pDst, pSrc, pixelCount, imageFormat);
 }
 
 TVK_EXPORT TvkError_t TvkY16ImageTransform(uint8_t* pDst, const uint8_t* pSrc, uint32_t pixelCount,
                                            uint32_t imageFormat) {
-    if (!pDst || !pSrc) return ZeroOrAllOnes(TvkErrorBadParameter);
+    if (CheckCount(pDst, pSrc, pixelCount, imageFormat)) return ZeroOrAllOnes(TvkErrorBadParameter);
     return ZeroOrAllOnes(Y16ToOutput(pDst, pSrc, pixelCount, 16, true, imageFormat));
 }
 
 TVK_EXPORT TvkError_t TvkY16ImageTransformLE(uint8_t* pDst, const uint8_t* pSrc,
                                              uint32_t pixelCount, uint32_t imageFormat) {
-    if (!pDst || !pSrc) return ZeroOrAllOnes(TvkErrorBadParameter);
+    if (CheckCount(pDst, pSrc, pixelCount, imageFormat)) return ZeroOrAllOnes(TvkErrorBadParameter);
     return ZeroOrAllOnes(Y16ToOutput(pDst, pSrc, pixelCount, 16, false, imageFormat));
 }
 
@@ -196,56 +205,58 @@ TVK_EXPORT TvkError_t TvkY16ImageTransformEx(uint8_t* pDst, const uint8_t* pSrc,
                                              uint32_t alignment, uint32_t bitsUsed,
                                              uint32_t endianness, uint32_t bayerPattern) {
     (void)alignment, (void)bayerPattern;
-    if (!pDst || !pSrc) return ZeroOrAllOnes(TvkErrorBadParameter);
+    if (CheckCount(pDst, pSrc, pixelCount, imageFormat)) return ZeroOrAllOnes(TvkErrorBadParameter);
     return ZeroOrAllOnes(
         Y16ToOutput(pDst, pSrc, pixelCount, bitsUsed, endianness == 1, imageFormat));
 }
 
 TVK_EXPORT TvkError_t TvkY12ImageTransform(uint8_t* pDst, const uint8_t* pSrc, uint32_t pixelCount,
                                            uint32_t imageFormat) {
-    if (!pDst || !pSrc) return TvkErrorBadParameter;
+    if (TvkError_t status = CheckCount(pDst, pSrc, pixelCount, imageFormat)) return status;
     return Y12ToOutput(pDst, pSrc, pixelCount, imageFormat);
 }
 
 TVK_EXPORT TvkError_t TvkRGB8ImageTransform(uint8_t* pDst, const uint8_t* pSrc, uint32_t pixelCount,
                                             uint32_t imageFormat) {
-    if (!pDst || !pSrc) return TvkErrorBadParameter;
+    if (TvkError_t status = CheckCount(pDst, pSrc, pixelCount, imageFormat)) return status;
     return ColourToOutput(pDst, pSrc, pixelCount, TvkPixelLayoutRGB, imageFormat);
 }
 
 TVK_EXPORT TvkError_t TvkBGR8ImageTransform(uint8_t* pDst, const uint8_t* pSrc, uint32_t pixelCount,
                                             uint32_t imageFormat) {
-    if (!pDst || !pSrc) return TvkErrorBadParameter;
+    if (TvkError_t status = CheckCount(pDst, pSrc, pixelCount, imageFormat)) return status;
     return ColourToOutput(pDst, pSrc, pixelCount, TvkPixelLayoutBGR, imageFormat);
 }
 
 TVK_EXPORT TvkError_t TvkRGBA8ImageTransform(uint8_t* pDst, const uint8_t* pSrc,
                                              uint32_t pixelCount, uint32_t imageFormat) {
-    if (!pDst || !pSrc) return TvkErrorBadParameter;
+    if (TvkError_t status = CheckCount(pDst, pSrc, pixelCount, imageFormat)) return status;
     return ColourToOutput(pDst, pSrc, pixelCount, TvkPixelLayoutRGBA, imageFormat);
 }
 
 TVK_EXPORT TvkError_t TvkBGRA8ImageTransform(uint8_t* pDst, const uint8_t* pSrc,
                                              uint32_t pixelCount, uint32_t imageFormat) {
-    if (!pDst || !pSrc) return TvkErrorBadParameter;
+    if (TvkError_t status = CheckCount(pDst, pSrc, pixelCount, imageFormat)) return status;
     return ColourToOutput(pDst, pSrc, pixelCount, TvkPixelLayoutBGRA, imageFormat);
 }
 
 TVK_EXPORT TvkError_t TvkYUV411ImageTransform(uint8_t* pDst, const uint8_t* pSrc,
                                               uint32_t pixelCount, uint32_t imageFormat) {
-    if (!pDst || !pSrc || (pixelCount & 3)) return TvkErrorBadParameter;
+    if (TvkError_t status = CheckCount(pDst, pSrc, pixelCount, imageFormat)) return status;
+    if (pixelCount & 3) return TvkErrorBadParameter;
     return Yuv411ToOutput(pDst, pSrc, pixelCount, imageFormat);
 }
 
 TVK_EXPORT TvkError_t TvkYUV422ImageTransform(uint8_t* pDst, const uint8_t* pSrc,
                                               uint32_t pixelCount, uint32_t imageFormat) {
-    if (!pDst || !pSrc || (pixelCount & 1)) return TvkErrorBadParameter;
+    if (TvkError_t status = CheckCount(pDst, pSrc, pixelCount, imageFormat)) return status;
+    if (pixelCount & 1) return TvkErrorBadParameter;
     return Yuv422ToOutput(pDst, pSrc, pixelCount, imageFormat);
 }
 
 TVK_EXPORT TvkError_t TvkYUV444ImageTransform(uint8_t* pDst, const uint8_t* pSrc,
                                               uint32_t pixelCount, uint32_t imageFormat) {
-    if (!pDst || !pSrc) return TvkErrorBadParameter;
+    if (TvkError_t status = CheckCount(pDst, pSrc, pixelCount, imageFormat)) return status;
     return Yuv444ToOutput(pDst, pSrc, pixelCount, imageFormat);
 }
 

@@ -354,6 +354,12 @@ TEST(DemosaicModesTest, VectorFormsMatchThePlainForms) {
         both([&](uint8_t* d) { TvkRaw8DeBayer(d, raw.data(), w, h, format, 1, 5); }, bytes,
              "2x2 LCAA+V");
     }
+    using tSource = TvkError_t (*)(uint8_t*, const uint8_t*, uint32_t, uint32_t);
+    for (tSource source : {TvkY8ImageTransform, TvkRGB8ImageTransform, TvkBGR8ImageTransform,
+                           TvkRGBA8ImageTransform, TvkBGRA8ImageTransform})
+        for (uint32_t format = 0; format <= 8; ++format)
+            both([&](uint8_t* d) { source(d, raw.data(), 333, format); }, 333 * OutputBytes(format),
+                 "colour source");
     // The correcting path, with rows that saturate both ways and one past 16 bits.
     const float matrix[9] = {1.7f, -0.4f, 0.2f, -0.6f, 300.0f, 0.9f, 0.1f, 0.3f, -0.2f};
     for (uint32_t format : {0u, 1u, 3u, 5u}) {

@@ -148,6 +148,10 @@ TEST(SourcesTest, EverySourceMatchesItsReferenceForEveryOutput) {
     EXPECT_EQ(TvkYUV411ImageTransform(out.data(), in.data(), 6, 1), TvkErrorBadParameter);
     EXPECT_EQ(TvkYUV422ImageTransform(out.data(), in.data(), 5, 1), TvkErrorBadParameter);
     EXPECT_EQ(TvkRGB8ImageTransform(out.data(), in.data(), 4, 9), TvkErrorNotImplemented);
+    // UYVY pairs pixels: an odd count would end in half a pair.
+    EXPECT_EQ(TvkY8ImageTransform(out.data(), in.data(), 5, 6), TvkErrorBadParameter);
+    EXPECT_EQ(TvkBGRA8ImageTransform(out.data(), in.data(), 3, 6), TvkErrorBadParameter);
+    EXPECT_EQ(TvkY16ImageTransformLE(out.data(), in.data(), 3, 6), ~0);
 }
 
 TEST(SourcesTest, WideMonoKeepsWholeSamplesFor16BitOutputs) {
