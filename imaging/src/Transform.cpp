@@ -1,7 +1,10 @@
 // The transform entries: the general one that picks a routine, and the
 // per-source family.
+#include <algorithm>
+#include <atomic>
 #include <cstring>
 
+#include "BandPool.h"
 #include "ColourSources.h"
 #include "CorrectedTransform.h"
 #include "Cygm.h"
@@ -67,6 +70,24 @@ TvkError_t CheckCount(const uint8_t* aDest, const uint8_t* aSource, uint32_t aPi
     if (!aDest || !aSource) return TvkErrorBadParameter;
     return aFormat == TvkSimpleImageFormatUYVY && (aPixels & 1) ? TvkErrorBadParameter
                                                                 : TvkErrorSuccess;
+}
+
+// Converts a run of pixels in bands of whole chunks (4096 pixels, so that no
+// pixel pair or group is cut), with aInHalves source bytes per pixel in
+// halves; aConvert(dest, source, count) does one band.
+template <class Convert>
+TvkError_t InBands(uint8_t* aDest, const uint8_t* aSource, uint32_t aPixels, uint32_t aFormat,
+                   uint32_t aInHalves, Convert&& aConvert) {
+    constexpr size_t kChunk = 4096;
+    const auto chunks = static_cast<uint32_t>((size_t(aPixels) + kChunk - 1) / kChunk);
+    std::atomic<TvkError_t> status{TvkErrorSuccess};
+    ForEachBand(chunks, aPixels, [&](uint32_t aFirst, uint32_t aEnd) {
+        const size_t from = aFirst * kChunk, to = std::min<size_t>(aPixels, aEnd * kChunk);
+        if (TvkError_t s = aConvert(aDest + from * OutputBytes(aFormat),
+                                    aSource + from * aInHalves / 2, to - from))
+            status = s;
+    });
+    return status;
 }
 
 // The mono routines report only success or failure.
@@ -185,19 +206,30 @@ TVK_EXPORT TvkError_t TvkRaw16ImageTransformEx(uint8_t* pDst, const uint8_t* pSr
 TVK_EXPORT TvkError_t TvkY8ImageTransform(uint8_t* pDst, const uint8_t* pSrc, uint32_t pixelCount,
                                           uint32_t imageFormat) {
     if (TvkError_t status = CheckCount(pDst, pSrc, pixelCount, imageFormat)) return status;
-    return Y8ToOutput(pDst, pSrc, pixelCount, imageFormat);
+    return InBands(pDst, pSrc, pixelCount, imageFormat, 2,
+                   [&](uint8_t* aDest, const uint8_t* aSource, size_t aCount) {
+                       return Y8ToOutput(aDest, aSource, aCount, imageFormat);
+                   });
 }
 
 TVK_EXPORT TvkError_t TvkY16ImageTransform(uint8_t* pDst, const uint8_t* pSrc, uint32_t pixelCount,
                                            uint32_t imageFormat) {
     if (CheckCount(pDst, pSrc, pixelCount, imageFormat)) return ZeroOrAllOnes(TvkErrorBadParameter);
-    return ZeroOrAllOnes(Y16ToOutput(pDst, pSrc, pixelCount, 16, true, imageFormat));
+    return ZeroOrAllOnes(InBands(pDst, pSrc, pixelCount, imageFormat, 4,
+                                 [&](uint8_t* aDest, const uint8_t* aSource, size_t aCount) {
+                                     return Y16ToOutput(aDest, aSource, aCount, 16, true,
+                                                        imageFormat);
+                                 }));
 }
 
 TVK_EXPORT TvkError_t TvkY16ImageTransformLE(uint8_t* pDst, const uint8_t* pSrc,
                                              uint32_t pixelCount, uint32_t imageFormat) {
     if (CheckCount(pDst, pSrc, pixelCount, imageFormat)) return ZeroOrAllOnes(TvkErrorBadParameter);
-    return ZeroOrAllOnes(Y16ToOutput(pDst, pSrc, pixelCount, 16, false, imageFormat));
+    return ZeroOrAllOnes(InBands(pDst, pSrc, pixelCount, imageFormat, 4,
+                                 [&](uint8_t* aDest, const uint8_t* aSource, size_t aCount) {
+                                     return Y16ToOutput(aDest, aSource, aCount, 16, false,
+                                                        imageFormat);
+                                 }));
 }
 
 TVK_EXPORT TvkError_t TvkY16ImageTransformEx(uint8_t* pDst, const uint8_t* pSrc,
@@ -206,58 +238,89 @@ TVK_EXPORT TvkError_t TvkY16ImageTransformEx(uint8_t* pDst, const uint8_t* pSrc,
                                              uint32_t endianness, uint32_t bayerPattern) {
     (void)alignment, (void)bayerPattern;
     if (CheckCount(pDst, pSrc, pixelCount, imageFormat)) return ZeroOrAllOnes(TvkErrorBadParameter);
-    return ZeroOrAllOnes(
-        Y16ToOutput(pDst, pSrc, pixelCount, bitsUsed, endianness == 1, imageFormat));
+    return ZeroOrAllOnes(InBands(pDst, pSrc, pixelCount, imageFormat, 4,
+                                 [&](uint8_t* aDest, const uint8_t* aSource, size_t aCount) {
+                                     return Y16ToOutput(aDest, aSource, aCount, bitsUsed,
+                                                        endianness == 1, imageFormat);
+                                 }));
 }
 
 TVK_EXPORT TvkError_t TvkY12ImageTransform(uint8_t* pDst, const uint8_t* pSrc, uint32_t pixelCount,
                                            uint32_t imageFormat) {
     if (TvkError_t status = CheckCount(pDst, pSrc, pixelCount, imageFormat)) return status;
-    return Y12ToOutput(pDst, pSrc, pixelCount, imageFormat);
+    return InBands(pDst, pSrc, pixelCount, imageFormat, 3,
+                   [&](uint8_t* aDest, const uint8_t* aSource, size_t aCount) {
+                       return Y12ToOutput(aDest, aSource, aCount, imageFormat);
+                   });
 }
 
 TVK_EXPORT TvkError_t TvkRGB8ImageTransform(uint8_t* pDst, const uint8_t* pSrc, uint32_t pixelCount,
                                             uint32_t imageFormat) {
     if (TvkError_t status = CheckCount(pDst, pSrc, pixelCount, imageFormat)) return status;
-    return ColourToOutput(pDst, pSrc, pixelCount, TvkPixelLayoutRGB, imageFormat);
+    return InBands(pDst, pSrc, pixelCount, imageFormat, 6,
+                   [&](uint8_t* aDest, const uint8_t* aSource, size_t aCount) {
+                       return ColourToOutput(aDest, aSource, aCount, TvkPixelLayoutRGB,
+                                             imageFormat);
+                   });
 }
 
 TVK_EXPORT TvkError_t TvkBGR8ImageTransform(uint8_t* pDst, const uint8_t* pSrc, uint32_t pixelCount,
                                             uint32_t imageFormat) {
     if (TvkError_t status = CheckCount(pDst, pSrc, pixelCount, imageFormat)) return status;
-    return ColourToOutput(pDst, pSrc, pixelCount, TvkPixelLayoutBGR, imageFormat);
+    return InBands(pDst, pSrc, pixelCount, imageFormat, 6,
+                   [&](uint8_t* aDest, const uint8_t* aSource, size_t aCount) {
+                       return ColourToOutput(aDest, aSource, aCount, TvkPixelLayoutBGR,
+                                             imageFormat);
+                   });
 }
 
 TVK_EXPORT TvkError_t TvkRGBA8ImageTransform(uint8_t* pDst, const uint8_t* pSrc,
                                              uint32_t pixelCount, uint32_t imageFormat) {
     if (TvkError_t status = CheckCount(pDst, pSrc, pixelCount, imageFormat)) return status;
-    return ColourToOutput(pDst, pSrc, pixelCount, TvkPixelLayoutRGBA, imageFormat);
+    return InBands(pDst, pSrc, pixelCount, imageFormat, 8,
+                   [&](uint8_t* aDest, const uint8_t* aSource, size_t aCount) {
+                       return ColourToOutput(aDest, aSource, aCount, TvkPixelLayoutRGBA,
+                                             imageFormat);
+                   });
 }
 
 TVK_EXPORT TvkError_t TvkBGRA8ImageTransform(uint8_t* pDst, const uint8_t* pSrc,
                                              uint32_t pixelCount, uint32_t imageFormat) {
     if (TvkError_t status = CheckCount(pDst, pSrc, pixelCount, imageFormat)) return status;
-    return ColourToOutput(pDst, pSrc, pixelCount, TvkPixelLayoutBGRA, imageFormat);
+    return InBands(pDst, pSrc, pixelCount, imageFormat, 8,
+                   [&](uint8_t* aDest, const uint8_t* aSource, size_t aCount) {
+                       return ColourToOutput(aDest, aSource, aCount, TvkPixelLayoutBGRA,
+                                             imageFormat);
+                   });
 }
 
 TVK_EXPORT TvkError_t TvkYUV411ImageTransform(uint8_t* pDst, const uint8_t* pSrc,
                                               uint32_t pixelCount, uint32_t imageFormat) {
     if (TvkError_t status = CheckCount(pDst, pSrc, pixelCount, imageFormat)) return status;
     if (pixelCount & 3) return TvkErrorBadParameter;
-    return Yuv411ToOutput(pDst, pSrc, pixelCount, imageFormat);
+    return InBands(pDst, pSrc, pixelCount, imageFormat, 3,
+                   [&](uint8_t* aDest, const uint8_t* aSource, size_t aCount) {
+                       return Yuv411ToOutput(aDest, aSource, aCount, imageFormat);
+                   });
 }
 
 TVK_EXPORT TvkError_t TvkYUV422ImageTransform(uint8_t* pDst, const uint8_t* pSrc,
                                               uint32_t pixelCount, uint32_t imageFormat) {
     if (TvkError_t status = CheckCount(pDst, pSrc, pixelCount, imageFormat)) return status;
     if (pixelCount & 1) return TvkErrorBadParameter;
-    return Yuv422ToOutput(pDst, pSrc, pixelCount, imageFormat);
+    return InBands(pDst, pSrc, pixelCount, imageFormat, 4,
+                   [&](uint8_t* aDest, const uint8_t* aSource, size_t aCount) {
+                       return Yuv422ToOutput(aDest, aSource, aCount, imageFormat);
+                   });
 }
 
 TVK_EXPORT TvkError_t TvkYUV444ImageTransform(uint8_t* pDst, const uint8_t* pSrc,
                                               uint32_t pixelCount, uint32_t imageFormat) {
     if (TvkError_t status = CheckCount(pDst, pSrc, pixelCount, imageFormat)) return status;
-    return Yuv444ToOutput(pDst, pSrc, pixelCount, imageFormat);
+    return InBands(pDst, pSrc, pixelCount, imageFormat, 6,
+                   [&](uint8_t* aDest, const uint8_t* aSource, size_t aCount) {
+                       return Yuv444ToOutput(aDest, aSource, aCount, imageFormat);
+                   });
 }
 
 TVK_EXPORT TvkError_t TvkImageTransform(const TvkImage* source, TvkImage* destination,

@@ -313,6 +313,22 @@ TEST(DemosaicModesTest, BandsOnSeveralThreadsMatchOnePass) {
                       TvkErrorSuccess);
             EXPECT_EQ(one, many) << mode << " " << format;
         }
+    // Sources given by pixel count go in bands of whole 4096-pixel chunks.
+    const uint32_t n = 3 * 4096 + 100;
+    const std::vector<uint8_t> source = Random(n * 4, 78);
+    using tSource = TvkError_t (*)(uint8_t*, const uint8_t*, uint32_t, uint32_t);
+    for (tSource convert :
+         {TvkY8ImageTransform, TvkY12ImageTransform, TvkRGB8ImageTransform, TvkBGRA8ImageTransform,
+          TvkYUV411ImageTransform, TvkYUV422ImageTransform, TvkYUV444ImageTransform,
+          TvkY16ImageTransformLE})
+        for (uint32_t format : {1u, 6u, 7u}) {
+            std::vector<uint8_t> one(n * OutputBytes(format)), many(one.size());
+            img::SetBandLimits(size_t(1) << 30, 1);
+            const TvkError_t status = convert(one.data(), source.data(), n, format);
+            img::SetBandLimits(16, 5);
+            EXPECT_EQ(convert(many.data(), source.data(), n, format), status);
+            EXPECT_EQ(one, many) << format;
+        }
     img::SetBandLimits(size_t(1) << 18, 0);
 }
 
