@@ -11,46 +11,35 @@ namespace img {
 
 namespace {
 
-// BT.601 in 20-bit fixed point: limited range for camera YUV, and full range
-// (Y without foot room) for the YUV the demosaic modes make.
-struct tLimited {
-    static constexpr int32_t kFoot = 16, kCY = 1220542, kCVR = 1673527, kCUG = -409993,
-                             kCVG = -852492, kCUB = 2116026;
-};
-struct tFull {
-    static constexpr int32_t kFoot = 0, kCY = 1 << 20, kCVR = 1470104, kCUG = -360857,
-                             kCVG = -748830, kCUB = 1858077;
-};
-
 inline uint32_t Clamp8(int32_t aValue) {
     return static_cast<uint32_t>(std::clamp(aValue, 0, 255));
 }
 
 // The chroma terms of one U, V, shared by the pixels that use them.
-template <class Range> struct tChroma {
+template <const tYuvCoefficients& C> struct tChroma {
     int32_t r, g, b;
     tChroma(uint32_t aU, uint32_t aV) {
         const int32_t u = static_cast<int32_t>(aU) - 128, v = static_cast<int32_t>(aV) - 128;
         constexpr int32_t kHalf = 1 << 19;
-        r = Range::kCVR * v + kHalf;
-        g = Range::kCUG * u + Range::kCVG * v + kHalf;
-        b = Range::kCUB * u + kHalf;
+        r = C.vr * v + kHalf;
+        g = C.ug * u + C.vg * v + kHalf;
+        b = C.ub * u + kHalf;
     }
     template <class It> void Write(It& aOut, uint32_t aY) const {
-        const int32_t y = std::max(static_cast<int32_t>(aY) - Range::kFoot, 0) * Range::kCY;
+        const int32_t y = std::max(static_cast<int32_t>(aY) - C.foot, 0) * C.y;
         aOut.Write(Clamp8((y + r) >> 20), Clamp8((y + g) >> 20), Clamp8((y + b) >> 20));
     }
 };
 
 // Groups of aGroup pixels of aBytes bytes that share one U at byte 0 and one
 // V at byte aV; aLuma lists the bytes of the lumas.
-template <class Range, uint32_t aGroup, uint32_t aBytes, uint32_t aV>
+template <const tYuvCoefficients& C, uint32_t aGroup, uint32_t aBytes, uint32_t aV>
 TvkError_t YuvGroups(uint8_t* aDest, const uint8_t* aSource, size_t aPixels, uint32_t aFormat,
                      const uint8_t (&aLuma)[aGroup]) {
     return WithIterator(aFormat, [&](auto aIterator) {
         aIterator.p = aDest;
         for (size_t i = 0; i < aPixels / aGroup; ++i, aSource += aBytes) {
-            const tChroma<Range> chroma(aSource[0], aSource[aV]);
+            const tChroma<C> chroma(aSource[0], aSource[aV]);
             for (uint32_t k = 0; k < aGroup; ++k)
                 chroma.Write(aIterator, aSource[aLuma[k]]);
         }
@@ -161,7 +150,7 @@ TvkError_t ColourToOutput(uint8_t* aDest, const uint8_t* aSource, size_t aPixels
 
 TvkError_t Yuv411ToOutput(uint8_t* aDest, const uint8_t* aSource, size_t aPixels,
                           uint32_t aFormat) {
-    return YuvGroups<tLimited, 4, 6, 3>(aDest, aSource, aPixels, aFormat, kLuma411);
+    return YuvGroups<kLimitedRange, 4, 6, 3>(aDest, aSource, aPixels, aFormat, kLuma411);
 }
 
 TvkError_t Yuv422ToOutput(uint8_t* aDest, const uint8_t* aSource, size_t aPixels,
@@ -170,21 +159,22 @@ TvkError_t Yuv422ToOutput(uint8_t* aDest, const uint8_t* aSource, size_t aPixels
         memcpy(aDest, aSource, aPixels * 2);
         return TvkErrorSuccess;
     }
-    const size_t done = HaveSse41() ? Yuv422Sse41(aDest, aSource, aPixels, aFormat, false) : 0;
-    return YuvGroups<tLimited, 2, 4, 2>(aDest + done * OutputBytes(aFormat), aSource + 2 * done,
-                                        aPixels - done, aFormat, kLuma422);
+    const size_t done =
+        HaveSse41() ? Yuv422Sse41(aDest, aSource, aPixels, aFormat, kLimitedRange) : 0;
+    return YuvGroups<kLimitedRange, 2, 4, 2>(aDest + done * OutputBytes(aFormat),
+                                             aSource + 2 * done, aPixels - done, aFormat, kLuma422);
 }
 
 TvkError_t Yuv422FullRangeToOutput(uint8_t* aDest, const uint8_t* aSource, size_t aPixels,
                                    uint32_t aFormat) {
-    const size_t done = HaveSse41() ? Yuv422Sse41(aDest, aSource, aPixels, aFormat, true) : 0;
-    return YuvGroups<tFull, 2, 4, 2>(aDest + done * OutputBytes(aFormat), aSource + 2 * done,
-                                     aPixels - done, aFormat, kLuma422);
+    const size_t done = HaveSse41() ? Yuv422Sse41(aDest, aSource, aPixels, aFormat, kFullRange) : 0;
+    return YuvGroups<kFullRange, 2, 4, 2>(aDest + done * OutputBytes(aFormat), aSource + 2 * done,
+                                          aPixels - done, aFormat, kLuma422);
 }
 
 TvkError_t Yuv444ToOutput(uint8_t* aDest, const uint8_t* aSource, size_t aPixels,
                           uint32_t aFormat) {
-    return YuvGroups<tLimited, 1, 3, 2>(aDest, aSource, aPixels, aFormat, kLuma444);
+    return YuvGroups<kLimitedRange, 1, 3, 2>(aDest, aSource, aPixels, aFormat, kLuma444);
 }
 
 } // namespace img

@@ -9,6 +9,15 @@
 
 namespace img {
 
+// YUV to RGB, BT.601 in 20-bit fixed point: Y - foot (floored at 0) times y,
+// plus the chroma terms. Limited range for camera YUV; full range (Y without
+// foot room) for the YUV the demosaic modes make.
+struct tYuvCoefficients {
+    int32_t foot, y, vr, ug, vg, ub;
+};
+inline constexpr tYuvCoefficients kLimitedRange = {16, 1220542, 1673527, -409993, -852492, 2116026};
+inline constexpr tYuvCoefficients kFullRange = {0, 1 << 20, 1470104, -360857, -748830, 1858077};
+
 // Each takes aPixels pixels and a display format; TvkErrorNotImplemented for
 // an output the source lacks.
 TvkError_t Y8ToOutput(uint8_t* aDest, const uint8_t* aSource, size_t aPixels, uint32_t aFormat);

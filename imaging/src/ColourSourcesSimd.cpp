@@ -8,20 +8,13 @@ using namespace simd;
 
 namespace {
 
-// The coefficients in 20-bit fixed point, as the plain form has them.
-struct tCoefficients {
-    int32_t foot, y, vr, ug, vg, ub;
-};
-constexpr tCoefficients kLimited = {16, 1220542, 1673527, -409993, -852492, 2116026};
-constexpr tCoefficients kFull = {0, 1 << 20, 1470104, -360857, -748830, 1858077};
-
 struct tTerms {
     __m128i r, g, b;
 };
 
 // The chroma terms of four pairs, in 32-bit lanes.
 __attribute__((target("sse4.1"))) inline tTerms Chroma(__m128i u8, __m128i v8,
-                                                       const tCoefficients& c) {
+                                                       const tYuvCoefficients& c) {
     const __m128i bias = _mm_set1_epi32(128), half = _mm_set1_epi32(1 << 19);
     const __m128i u = _mm_sub_epi32(_mm_cvtepu8_epi32(u8), bias);
     const __m128i v = _mm_sub_epi32(_mm_cvtepu8_epi32(v8), bias);
@@ -34,7 +27,7 @@ __attribute__((target("sse4.1"))) inline tTerms Chroma(__m128i u8, __m128i v8,
 
 // Four pixels (two pairs, whose terms are lanes 0 and 1 of t) in 32-bit lanes.
 __attribute__((target("sse4.1"))) inline tTerms Pixels(__m128i y8, tTerms t,
-                                                       const tCoefficients& c) {
+                                                       const tYuvCoefficients& c) {
     const __m128i y = _mm_mullo_epi32(_mm_cvtepu8_epi32(y8), _mm_set1_epi32(c.y));
     auto one = [&](__m128i aTerm) {
         return _mm_srai_epi32(_mm_add_epi32(y, _mm_shuffle_epi32(aTerm, 0x50)), 20);
@@ -49,7 +42,7 @@ __attribute__((target("sse4.1"))) inline __m128i Bytes(__m128i a, __m128i b, __m
 
 template <int Format>
 __attribute__((target("sse4.1"))) size_t Yuv422(uint8_t* aDest, const uint8_t* aSource,
-                                                size_t aPixels, const tCoefficients& c) {
+                                                size_t aPixels, const tYuvCoefficients& c) {
     const __m128i pickY = _mm_setr_epi8(1, 3, 5, 7, 9, 11, 13, 15, -1, -1, -1, -1, -1, -1, -1, -1);
     const __m128i pickU =
         _mm_setr_epi8(0, 4, 8, 12, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1);
@@ -81,8 +74,7 @@ __attribute__((target("sse4.1"))) size_t Yuv422(uint8_t* aDest, const uint8_t* a
 } // namespace
 
 size_t Yuv422Sse41(uint8_t* aDest, const uint8_t* aSource, size_t aPixels, uint32_t aFormat,
-                   bool aFullRange) {
-    const tCoefficients& c = aFullRange ? kFull : kLimited;
+                   const tYuvCoefficients& c) {
     return WithFormat<5>(aFormat,
                          [&](auto f) -> size_t { return Yuv422<f()>(aDest, aSource, aPixels, c); });
 }

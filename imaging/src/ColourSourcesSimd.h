@@ -6,13 +6,15 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "ColourSources.h"
+
 namespace img {
 
-// U Y V Y pairs into display format aFormat (0 to 5), limited or full range;
+// U Y V Y pairs into display format aFormat (0 to 5) with coefficients c;
 // writes pixels [0, return value), a multiple of 16, and nothing for another
 // format.
 size_t Yuv422Sse41(uint8_t* aDest, const uint8_t* aSource, size_t aPixels, uint32_t aFormat,
-                   bool aFullRange);
+                   const tYuvCoefficients& c);
 
 // RGB24 pixels through a fixed-point matrix (coefficients m, rows applied to
 // R, B, G, 10 fraction bits, results saturated on bits 0xff00) into display
