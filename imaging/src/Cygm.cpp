@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "BandPool.h"
 #include "PixelIterators.h"
 
 namespace img {
@@ -139,30 +140,33 @@ TvkError_t PerformCygmDebayering(uint8_t* aDest, const uint8_t* aSource, uint32_
     if (window && (aWidth < 4 || aHeight < 4)) return TvkErrorBadParameter;
     return WithIterator(aFormat, [&](auto aIterator) {
         const uint32_t w = aWidth, h = aHeight;
-        for (uint32_t y = 0; y < h; ++y) {
-            aIterator.p = aDest + static_cast<size_t>(y) * w * decltype(aIterator)::kBytes;
-            for (uint32_t x = 0; x < w; ++x) {
-                tYCC v;
-                if (window) {
-                    // Edges repeat their inner neighbours.
-                    v = Window3x3(aSource, w, aPattern, std::clamp(x, 1u, w - 2),
-                                  std::clamp(y, 1u, h - 2));
-                } else {
-                    const uint32_t bx = std::min(x, w - 2), by = std::min(y, h - 2);
-                    v = aMode == 2 ? Block2x2(aSource, w, aPattern, bx, by)
-                                   : BlockBinned(aSource, w, h, bx, by);
+        ForEachBand(h, size_t(w) * h, [&](uint32_t aFirst, uint32_t aEnd) {
+            auto out = aIterator; // one writer per band
+            for (uint32_t y = aFirst; y < aEnd; ++y) {
+                out.p = aDest + static_cast<size_t>(y) * w * decltype(aIterator)::kBytes;
+                for (uint32_t x = 0; x < w; ++x) {
+                    tYCC v;
+                    if (window) {
+                        // Edges repeat their inner neighbours.
+                        v = Window3x3(aSource, w, aPattern, std::clamp(x, 1u, w - 2),
+                                      std::clamp(y, 1u, h - 2));
+                    } else {
+                        const uint32_t bx = std::min(x, w - 2), by = std::min(y, h - 2);
+                        v = aMode == 2 ? Block2x2(aSource, w, aPattern, bx, by)
+                                       : BlockBinned(aSource, w, h, bx, by);
+                    }
+                    uint32_t r, g, b;
+                    if (aMode == 1) {
+                        r = g = b = static_cast<uint32_t>(std::clamp(v.y, 0, 255));
+                    } else if (aNirMode == 0) {
+                        MapColorInterlacedNirMode0::YUVtoRGB(v.y, v.cr, v.cb, r, g, b);
+                    } else {
+                        MapColorInterlacedNirMode1::YUVtoRGB(v.y, v.cr, v.cb, r, g, b);
+                    }
+                    out.Write(r, g, b);
                 }
-                uint32_t r, g, b;
-                if (aMode == 1) {
-                    r = g = b = static_cast<uint32_t>(std::clamp(v.y, 0, 255));
-                } else if (aNirMode == 0) {
-                    MapColorInterlacedNirMode0::YUVtoRGB(v.y, v.cr, v.cb, r, g, b);
-                } else {
-                    MapColorInterlacedNirMode1::YUVtoRGB(v.y, v.cr, v.cb, r, g, b);
-                }
-                aIterator.Write(r, g, b);
             }
-        }
+        });
     });
 }
 

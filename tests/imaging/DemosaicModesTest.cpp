@@ -313,6 +313,16 @@ TEST(DemosaicModesTest, BandsOnSeveralThreadsMatchOnePass) {
                       TvkErrorSuccess);
             EXPECT_EQ(one, many) << mode << " " << format;
         }
+    for (uint32_t mode = 0; mode < 4; ++mode) {
+        std::vector<uint8_t> one(w * h * 3), many(one.size());
+        img::SetBandLimits(size_t(1) << 30, 1);
+        ASSERT_EQ(TvkCygmImageTransform(one.data(), raw.data(), w, h, 1, 2, mode, 1),
+                  TvkErrorSuccess);
+        img::SetBandLimits(16, 5);
+        ASSERT_EQ(TvkCygmImageTransform(many.data(), raw.data(), w, h, 1, 2, mode, 1),
+                  TvkErrorSuccess);
+        EXPECT_EQ(one, many) << "CYGM mode " << mode;
+    }
     // Sources given by pixel count go in bands of whole 4096-pixel chunks.
     const uint32_t n = 3 * 4096 + 100;
     const std::vector<uint8_t> source = Random(n * 4, 78);
