@@ -9,8 +9,9 @@
 
 namespace img {
 
-// Whether the vector forms run: the processor has SSSE3 (SSE4.1) and they are not
-// switched off (tests switch them off to compare with the plain forms).
+// Whether the vector forms for SSSE3 (and for SSE4.1) run: the processor has
+// the instructions and the forms are not switched off (tests switch them off
+// to compare them with the plain forms).
 bool HaveSsse3();
 bool HaveSse41();
 void UseVectorForms(bool aUse);
