@@ -1,17 +1,14 @@
 // In-place flips and horizontal resampling of scanlines.
 #include <algorithm>
-#include <cmath>
 #include <cstring>
-#include <iterator>
 #include <utility>
 #include <vector>
 
+#include "PixelIterators.h"
 #include "TavikImageTransform.h"
 
 namespace {
 
-// Bytes per pixel of the display formats 0 to 10.
-constexpr uint32_t kFlipBytes[] = {1, 3, 4, 3, 4, 1, 2, 2, 2, 6, 6};
 constexpr uint32_t kUyvy = 6;
 // Packed codes: 12-bit pairs in three bytes, YUV 4:1:1 groups of four pixels
 // in six bytes (U Y Y V Y Y), YUV 4:4:4 in three bytes.
@@ -119,9 +116,9 @@ TVK_EXPORT TvkError_t TvkFlip(void* pDst, uint32_t XSize, uint32_t YSize, uint32
     if (!pDst || YSize < 2 || XSize == 0) return TvkErrorBadParameter;
     if (eFlipMode < 1 || eFlipMode > 3) return TvkErrorBadParameter;
     size_t bytesPerLine;
-    if (eccColorCode < std::size(kFlipBytes)) {
+    if (const uint32_t bytes = img::OutputBytes(eccColorCode)) {
         if (eccColorCode == kUyvy && (XSize & 1)) return TvkErrorBadParameter;
-        bytesPerLine = static_cast<size_t>(XSize) * kFlipBytes[eccColorCode];
+        bytesPerLine = static_cast<size_t>(XSize) * bytes;
     } else if (eccColorCode == kPacked12 || eccColorCode == kYuv411) {
         if (XSize % (eccColorCode == kPacked12 ? 2 : 4)) return TvkErrorBadParameter;
         bytesPerLine = static_cast<size_t>(XSize) / 2 * 3;
