@@ -150,7 +150,11 @@ TvkError_t ColourToOutput(uint8_t* aDest, const uint8_t* aSource, size_t aPixels
 
 TvkError_t Yuv411ToOutput(uint8_t* aDest, const uint8_t* aSource, size_t aPixels,
                           uint32_t aFormat) {
-    return YuvGroups<kLimitedRange, 4, 6, 3>(aDest, aSource, aPixels, aFormat, kLuma411);
+    const size_t done =
+        HaveSse41() ? Yuv411Sse41(aDest, aSource, aPixels, aFormat, kLimitedRange) : 0;
+    return YuvGroups<kLimitedRange, 4, 6, 3>(aDest + done * OutputBytes(aFormat),
+                                             aSource + done / 4 * 6, aPixels - done, aFormat,
+                                             kLuma411);
 }
 
 TvkError_t Yuv422ToOutput(uint8_t* aDest, const uint8_t* aSource, size_t aPixels,
@@ -174,7 +178,10 @@ TvkError_t Yuv422FullRangeToOutput(uint8_t* aDest, const uint8_t* aSource, size_
 
 TvkError_t Yuv444ToOutput(uint8_t* aDest, const uint8_t* aSource, size_t aPixels,
                           uint32_t aFormat) {
-    return YuvGroups<kLimitedRange, 1, 3, 2>(aDest, aSource, aPixels, aFormat, kLuma444);
+    const size_t done =
+        HaveSse41() ? Yuv444Sse41(aDest, aSource, aPixels, aFormat, kLimitedRange) : 0;
+    return YuvGroups<kLimitedRange, 1, 3, 2>(aDest + done * OutputBytes(aFormat),
+                                             aSource + 3 * done, aPixels - done, aFormat, kLuma444);
 }
 
 } // namespace img

@@ -25,12 +25,15 @@ __attribute__((target("sse4.1"))) inline tTerms Chroma(__m128i u8, __m128i v8,
             _mm_add_epi32(_mm_mullo_epi32(u, _mm_set1_epi32(c.ub)), half)};
 }
 
-// Four pixels (two pairs, whose terms are lanes 0 and 1 of t) in 32-bit lanes.
+// Four pixels in 32-bit lanes from the lumas in the low bytes of y8 and the
+// chroma terms t, spread over the pixels by the lane shuffle Spread (0x50: two
+// pairs from lanes 0 and 1; 0xE4: one term each; 0x00: all from lane 0).
+template <int Spread>
 __attribute__((target("sse4.1"))) inline tTerms Pixels(__m128i y8, tTerms t,
                                                        const tYuvCoefficients& c) {
     const __m128i y = _mm_mullo_epi32(_mm_cvtepu8_epi32(y8), _mm_set1_epi32(c.y));
     auto one = [&](__m128i aTerm) {
-        return _mm_srai_epi32(_mm_add_epi32(y, _mm_shuffle_epi32(aTerm, 0x50)), 20);
+        return _mm_srai_epi32(_mm_add_epi32(y, _mm_shuffle_epi32(aTerm, Spread)), 20);
     };
     return {one(t.r), one(t.g), one(t.b)};
 }
@@ -62,9 +65,10 @@ __attribute__((target("sse4.1"))) size_t Yuv422(uint8_t* aDest, const uint8_t* a
             return tTerms{_mm_unpackhi_epi64(t.r, t.r), _mm_unpackhi_epi64(t.g, t.g),
                           _mm_unpackhi_epi64(t.b, t.b)};
         };
-        const tTerms p0 = Pixels(y, lo, c), p1 = Pixels(_mm_srli_si128(y, 4), upper(lo), c);
-        const tTerms p2 = Pixels(_mm_srli_si128(y, 8), hi, c);
-        const tTerms p3 = Pixels(_mm_srli_si128(y, 12), upper(hi), c);
+        const tTerms p0 = Pixels<0x50>(y, lo, c);
+        const tTerms p1 = Pixels<0x50>(_mm_srli_si128(y, 4), upper(lo), c);
+        const tTerms p2 = Pixels<0x50>(_mm_srli_si128(y, 8), hi, c);
+        const tTerms p3 = Pixels<0x50>(_mm_srli_si128(y, 12), upper(hi), c);
         StorePlanes<Format>(aDest + OutputBytes(Format) * i, Bytes(p0.r, p1.r, p2.r, p3.r),
                             Bytes(p0.g, p1.g, p2.g, p3.g), Bytes(p0.b, p1.b, p2.b, p3.b));
     }
@@ -221,6 +225,82 @@ size_t ColourSsse3(uint8_t* aDest, const uint8_t* aSource, size_t aPixels, uint3
     default:
         return 0;
     }
+}
+
+namespace {
+
+// U Y V per pixel: the planes come out like those of RGB pixels.
+template <int Format>
+__attribute__((target("sse4.1"))) size_t Yuv444(uint8_t* aDest, const uint8_t* aSource,
+                                                size_t aPixels, const tYuvCoefficients& c) {
+    const __m128i foot = _mm_set1_epi8(static_cast<char>(c.foot));
+    size_t i = 0;
+    for (; i + 16 <= aPixels; i += 16) {
+        const uint8_t* p = aSource + 3 * i;
+        const __m128i blocks[3] = {_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)),
+                                   _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 16)),
+                                   _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 32))};
+        const __m128i u = Pick(blocks, 0), v = Pick(blocks, 2);
+        const __m128i y = _mm_subs_epu8(Pick(blocks, 1), foot);
+        const tTerms p0 = Pixels<0xE4>(y, Chroma(u, v, c), c);
+        const tTerms p1 = Pixels<0xE4>(_mm_srli_si128(y, 4),
+                                       Chroma(_mm_srli_si128(u, 4), _mm_srli_si128(v, 4), c), c);
+        const tTerms p2 = Pixels<0xE4>(_mm_srli_si128(y, 8),
+                                       Chroma(_mm_srli_si128(u, 8), _mm_srli_si128(v, 8), c), c);
+        const tTerms p3 = Pixels<0xE4>(_mm_srli_si128(y, 12),
+                                       Chroma(_mm_srli_si128(u, 12), _mm_srli_si128(v, 12), c), c);
+        StorePlanes<Format>(aDest + OutputBytes(Format) * i, Bytes(p0.r, p1.r, p2.r, p3.r),
+                            Bytes(p0.g, p1.g, p2.g, p3.g), Bytes(p0.b, p1.b, p2.b, p3.b));
+    }
+    return i;
+}
+
+// U Y Y V Y Y per four pixels: each group's terms go to its four pixels.
+template <int Format>
+__attribute__((target("sse4.1"))) size_t Yuv411(uint8_t* aDest, const uint8_t* aSource,
+                                                size_t aPixels, const tYuvCoefficients& c) {
+    const __m128i pickY0 = _mm_setr_epi8(1, 2, 4, 5, 7, 8, 10, 11, 13, 14, -1, -1, -1, -1, -1, -1);
+    const __m128i pickY1 = _mm_setr_epi8(-1, -1, -1, -1, -1, -1, -1, -1, -1, -1, 0, 1, 3, 4, 6, 7);
+    const __m128i pickU =
+        _mm_setr_epi8(0, 6, 12, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1);
+    const __m128i pickV =
+        _mm_setr_epi8(3, 9, 15, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1);
+    const __m128i foot = _mm_set1_epi8(static_cast<char>(c.foot));
+    size_t i = 0;
+    // 16 pixels are 24 bytes; the second load reaches 8 bytes further, so
+    // the loop stops where that stays inside the source.
+    for (; i + 24 <= aPixels; i += 16) {
+        const uint8_t* p = aSource + i / 4 * 6;
+        const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+        const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 16));
+        const __m128i y = _mm_subs_epu8(
+            _mm_or_si128(_mm_shuffle_epi8(a, pickY0), _mm_shuffle_epi8(b, pickY1)), foot);
+        // Group 3 of 4 starts at byte 18: its U is b[2], its V b[5].
+        const __m128i u = _mm_insert_epi8(_mm_shuffle_epi8(a, pickU), _mm_extract_epi8(b, 2), 3);
+        const __m128i v = _mm_insert_epi8(_mm_shuffle_epi8(a, pickV), _mm_extract_epi8(b, 5), 3);
+        const tTerms t = Chroma(u, v, c);
+        const tTerms p0 = Pixels<0x00>(y, t, c);
+        const tTerms p1 = Pixels<0x55>(_mm_srli_si128(y, 4), t, c);
+        const tTerms p2 = Pixels<0xAA>(_mm_srli_si128(y, 8), t, c);
+        const tTerms p3 = Pixels<0xFF>(_mm_srli_si128(y, 12), t, c);
+        StorePlanes<Format>(aDest + OutputBytes(Format) * i, Bytes(p0.r, p1.r, p2.r, p3.r),
+                            Bytes(p0.g, p1.g, p2.g, p3.g), Bytes(p0.b, p1.b, p2.b, p3.b));
+    }
+    return i;
+}
+
+} // namespace
+
+size_t Yuv444Sse41(uint8_t* aDest, const uint8_t* aSource, size_t aPixels, uint32_t aFormat,
+                   const tYuvCoefficients& c) {
+    return WithFormat<5>(aFormat,
+                         [&](auto f) -> size_t { return Yuv444<f()>(aDest, aSource, aPixels, c); });
+}
+
+size_t Yuv411Sse41(uint8_t* aDest, const uint8_t* aSource, size_t aPixels, uint32_t aFormat,
+                   const tYuvCoefficients& c) {
+    return WithFormat<5>(aFormat,
+                         [&](auto f) -> size_t { return Yuv411<f()>(aDest, aSource, aPixels, c); });
 }
 
 } // namespace img

@@ -1,4 +1,4 @@
-// Vector forms of the colour and YUV 4:2:2 sources and of the 8-bit colour
+// Vector forms of the colour and YUV sources and of the 8-bit colour
 // matrix, for processors with SSSE3 or SSE4.1 as told; they give the same
 // bytes as the plain forms.
 #pragma once
@@ -14,6 +14,11 @@ namespace img {
 // writes pixels [0, return value), a multiple of 16, and nothing for another
 // format.
 size_t Yuv422Sse41(uint8_t* aDest, const uint8_t* aSource, size_t aPixels, uint32_t aFormat,
+                   const tYuvCoefficients& c);
+// The same for U Y V pixels and for U Y Y V Y Y groups of four.
+size_t Yuv444Sse41(uint8_t* aDest, const uint8_t* aSource, size_t aPixels, uint32_t aFormat,
+                   const tYuvCoefficients& c);
+size_t Yuv411Sse41(uint8_t* aDest, const uint8_t* aSource, size_t aPixels, uint32_t aFormat,
                    const tYuvCoefficients& c);
 
 // RGB24 pixels through a fixed-point matrix (coefficients m, rows applied to

@@ -381,8 +381,9 @@ TEST(DemosaicModesTest, VectorFormsMatchThePlainForms) {
              "2x2 LCAA+V");
     }
     using tSource = TvkError_t (*)(uint8_t*, const uint8_t*, uint32_t, uint32_t);
-    for (tSource source : {TvkY8ImageTransform, TvkRGB8ImageTransform, TvkBGR8ImageTransform,
-                           TvkRGBA8ImageTransform, TvkBGRA8ImageTransform})
+    for (tSource source :
+         {TvkY8ImageTransform, TvkRGB8ImageTransform, TvkBGR8ImageTransform, TvkRGBA8ImageTransform,
+          TvkBGRA8ImageTransform, TvkYUV411ImageTransform, TvkYUV444ImageTransform})
         for (uint32_t format = 0; format <= 8; ++format)
             both([&](uint8_t* d) { source(d, raw.data(), 333, format); }, 333 * OutputBytes(format),
                  "colour source");

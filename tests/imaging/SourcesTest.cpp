@@ -78,7 +78,7 @@ tRGB FromYuv(int y, int u, int v) {
 using tEntry = TvkError_t (*)(uint8_t*, const uint8_t*, uint32_t, uint32_t);
 
 TEST(SourcesTest, EverySourceMatchesItsReferenceForEveryOutput) {
-    const uint32_t n = 20;
+    const uint32_t n = 40;
     struct tCase {
         const char* name;
         tEntry entry;
