@@ -40,9 +40,33 @@ inline void Pixel2x2(It& aOut, const S* l0, const S* l1, uint32_t x) {
         aOut.Write(d, (b + c) >> 1, a);
 }
 
+// Writes the Rec. 601 luminance of each pixel to all three channels ("2x2 mono").
+template <class It> struct tGreyWriter : It {
+    void Write(uint32_t r, uint32_t g, uint32_t b) {
+        const uint32_t y = LumaRec601(r, g, b);
+        It::Write(y, y, y);
+    }
+};
+
+// Writes only the green of each pixel to all three channels (Raw8ToGGG).
+template <class It> struct tGreenWriter : It {
+    void Write(uint32_t, uint32_t g, uint32_t) { It::Write(g, g, g); }
+};
+
+// The writer a grey writer wraps, and whether it is one.
+template <class It> struct tVectorOf {
+    using type = It;
+    static constexpr bool grey = false;
+};
+template <class It> struct tVectorOf<tGreyWriter<It>> {
+    using type = It;
+    static constexpr bool grey = true;
+};
+
 // The display format an iterator of 8-bit samples writes where a vector line
 // form exists, else -1.
-template <class It, class S> constexpr int VectorFormat() {
+template <class Writer, class S> constexpr int VectorFormat() {
+    using It = typename tVectorOf<Writer>::type;
     if constexpr (!std::is_same_v<S, uint8_t>)
         return -1;
     else if constexpr (std::is_same_v<It, PixelIteratorMono8_Rec601>)
@@ -72,7 +96,8 @@ void Line2x2(It aOut, uint8_t* aDest, const S* l0, const S* l1, uint32_t aWidth)
     uint32_t x = 0;
     if constexpr (VectorFormat<It, S>() >= 0) {
         if (HaveSsse3()) {
-            x = Line2x2Ssse3(aDest, l0, l1, aWidth, Even, VectorFormat<It, S>());
+            x = Line2x2Ssse3(aDest, l0, l1, aWidth, Even, VectorFormat<It, S>(),
+                             tVectorOf<It>::grey);
             aOut.p = aDest + x * It::kBytes;
         }
     }
@@ -155,19 +180,6 @@ void Demosaic2x2(It aOut, uint8_t* aDest, uint32_t aWidth, uint32_t aHeight, uin
                     Demosaic2x2Band(aOut, aDest, lines, aWidth, aHeight, aPhase, aFirst, aEnd);
                 });
 }
-
-// Writes the Rec. 601 luminance of each pixel to all three channels ("2x2 mono").
-template <class It> struct tGreyWriter : It {
-    void Write(uint32_t r, uint32_t g, uint32_t b) {
-        const uint32_t y = LumaRec601(r, g, b);
-        It::Write(y, y, y);
-    }
-};
-
-// Writes only the green of each pixel to all three channels (Raw8ToGGG).
-template <class It> struct tGreenWriter : It {
-    void Write(uint32_t, uint32_t g, uint32_t) { It::Write(g, g, g); }
-};
 
 // Entries of the 8-bit modes; aPhase is the internal phase, sizes even and
 // checked, aFormat a display format. TvkErrorNotImplemented for an output the

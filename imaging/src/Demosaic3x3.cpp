@@ -79,7 +79,8 @@ void Line3x3(It aOut, uint8_t* aDest, const uint8_t* aSource, uint32_t w, uint32
         if (aPlanes) {
             const bool redLine = SiteColour(aPattern, 0, m) == 0 || SiteColour(aPattern, 1, m) == 0;
             x = Line3x3Ssse3(aDest, aPlanes->Get(m - 1), aPlanes->Get(m), aPlanes->Get(m + 1), w,
-                             SiteColour(aPattern, 0, m), redLine, VectorFormat<It, uint8_t>());
+                             SiteColour(aPattern, 0, m), redLine, VectorFormat<It, uint8_t>(),
+                             tVectorOf<It>::grey);
             aOut.p = aDest + x * It::kBytes;
         }
     }

@@ -87,13 +87,29 @@ Store32(uint8_t* aDest, __m128i r0, __m128i g0, __m128i b0, __m128i r1, __m128i 
     }
 }
 
+// The same, or with Grey the Rec. 601 luminance of each pixel in all three
+// channels (the "2x2 mono" and "3x3 bilin.Mono" writers).
+template <int Format, bool Grey>
+__attribute__((target("ssse3"))) inline void StoreColourOrGrey(uint8_t* aDest, __m128i r0,
+                                                               __m128i g0, __m128i b0, __m128i r1,
+                                                               __m128i g1, __m128i b1) {
+    if constexpr (Grey) {
+        const __m128i y0 = Luma<77, 150, 29, 0>(r0, g0, b0), y1 = Luma<77, 150, 29, 0>(r1, g1, b1);
+        Store32<Format>(aDest, y0, y0, y0, y1, y1, y1);
+    } else {
+        Store32<Format>(aDest, r0, g0, b0, r1, g1, b1);
+    }
+}
+
 } // namespace
 
 namespace {
 
-template <int Format>
+template <int Kind>
 __attribute__((target("ssse3"))) uint32_t Line2x2(uint8_t* aDest, const uint8_t* l0,
                                                   const uint8_t* l1, uint32_t aWidth, int aEven) {
+    constexpr int Format = Kind & 0xFF;
+    constexpr bool Grey = Kind >> 8;
     uint32_t x = 0;
     // Each step reads samples [x, x + 34) and writes pixels [x, x + 32).
     for (; x + 34 <= aWidth; x += 32) {
@@ -118,7 +134,7 @@ __attribute__((target("ssse3"))) uint32_t Line2x2(uint8_t* aDest, const uint8_t*
             r0 = D, g0 = Mean(B, C), b0 = A, r1 = D, g1 = Mean(B, F), b1 = E;
             break;
         }
-        Store32<Format>(aDest + OutputBytes(Format) * x, r0, g0, b0, r1, g1, b1);
+        StoreColourOrGrey<Format, Grey>(aDest + OutputBytes(Format) * x, r0, g0, b0, r1, g1, b1);
     }
     return x;
 }
@@ -126,9 +142,11 @@ __attribute__((target("ssse3"))) uint32_t Line2x2(uint8_t* aDest, const uint8_t*
 } // namespace
 
 uint32_t Line2x2Ssse3(uint8_t* aDest, const uint8_t* l0, const uint8_t* l1, uint32_t aWidth,
-                      int aEven, uint32_t aFormat) {
-    return WithFormat<6>(aFormat,
-                         [&](auto f) { return Line2x2<f()>(aDest, l0, l1, aWidth, aEven); });
+                      int aEven, uint32_t aFormat, bool aGrey) {
+    return static_cast<uint32_t>(WithFormat<6>(aFormat, [&](auto f) {
+        return aGrey ? Line2x2<f() | 0x100>(aDest, l0, l1, aWidth, aEven)
+                     : Line2x2<f()>(aDest, l0, l1, aWidth, aEven);
+    }));
 }
 
 // Four groups of three bytes (two 12-bit pixels each) give eight upper bytes.
@@ -192,10 +210,12 @@ __attribute__((target("ssse3"))) inline tSites GreenSite(bool aRedLine, __m128i 
     return aRedLine ? tSites{across, g, along} : tSites{along, g, across};
 }
 
-template <int Format>
+template <int Kind>
 __attribute__((target("ssse3"))) uint32_t
 Line3x3(uint8_t* aDest, const tLinePlanes& u, const tLinePlanes& m, const tLinePlanes& l,
         uint32_t aWidth, uint32_t aEvenColour, bool aRedLine) {
+    constexpr int Format = Kind & 0xFF;
+    constexpr bool Grey = Kind >> 8;
     auto at = [](const uint8_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); };
     // Pairs (x, x + 1) from x = 2, sites k = x / 2 on: the planes give the
     // neighbours one site left and right by loading one byte earlier or later.
@@ -217,8 +237,8 @@ Line3x3(uint8_t* aDest, const tLinePlanes& u, const tLinePlanes& m, const tLineP
             even = GreenSite(aRedLine, mE, uE, lE, mOl, mO, lOl, uO);
             odd = ColourSite(aRedLine, mO, uO, lO, mE, mEr, uE, uEr, lE, lEr);
         }
-        Store32<Format>(aDest + OutputBytes(Format) * x, even.r, even.g, even.b, odd.r, odd.g,
-                        odd.b);
+        StoreColourOrGrey<Format, Grey>(aDest + OutputBytes(Format) * x, even.r, even.g, even.b,
+                                        odd.r, odd.g, odd.b);
     }
     return x;
 }
@@ -242,9 +262,10 @@ __attribute__((target("ssse3"))) void SplitLineSsse3(const uint8_t* aLine, uint3
 
 uint32_t Line3x3Ssse3(uint8_t* aDest, const tLinePlanes& u, const tLinePlanes& m,
                       const tLinePlanes& l, uint32_t aWidth, uint32_t aEvenColour, bool aRedLine,
-                      uint32_t aFormat) {
+                      uint32_t aFormat, bool aGrey) {
     return static_cast<uint32_t>(WithFormat<6>(aFormat, [&](auto f) {
-        return Line3x3<f()>(aDest, u, m, l, aWidth, aEvenColour, aRedLine);
+        return aGrey ? Line3x3<f() | 0x100>(aDest, u, m, l, aWidth, aEvenColour, aRedLine)
+                     : Line3x3<f()>(aDest, u, m, l, aWidth, aEvenColour, aRedLine);
     }));
 }
 

@@ -17,9 +17,10 @@ bool HaveSse41();
 void UseVectorForms(bool aUse);
 
 // Writes pixels [0, return value) of one output line (a multiple of 32, never
-// the last pair); aEven is the line's even phase.
+// the last pair); aEven is the line's even phase. With aGrey each pixel is its
+// Rec. 601 luminance in all three channels.
 uint32_t Line2x2Ssse3(uint8_t* aDest, const uint8_t* l0, const uint8_t* l1, uint32_t aWidth,
-                      int aEven, uint32_t aFormat);
+                      int aEven, uint32_t aFormat, bool aGrey);
 
 // A line's even and odd samples as two planes of aWidth / 2 bytes (aWidth even).
 struct tLinePlanes {
@@ -34,7 +35,7 @@ void SplitLineSsse3(const uint8_t* aLine, uint32_t aWidth, uint8_t* aEven, uint8
 // whether the line holds red samples.
 uint32_t Line3x3Ssse3(uint8_t* aDest, const tLinePlanes& u, const tLinePlanes& m,
                       const tLinePlanes& l, uint32_t aWidth, uint32_t aEvenColour, bool aRedLine,
-                      uint32_t aFormat);
+                      uint32_t aFormat, bool aGrey);
 
 // The upper eight bits of 12-bit packed pixels; returns how many pixels it
 // wrote (a multiple of 32), reading only inside the source.
