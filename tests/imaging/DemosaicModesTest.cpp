@@ -370,6 +370,10 @@ TEST(DemosaicModesTest, VectorFormsMatchThePlainForms) {
                     TvkRaw8ImageTransform_3x3(d, raw.data(), w, h, format, pattern);
                 },
                 bytes, "3x3");
+            for (uint32_t mode : {1u, 7u})
+                both(
+                    [&](uint8_t* d) { TvkRaw8DeBayer(d, raw.data(), w, h, format, pattern, mode); },
+                    bytes, "mono modes");
             both([&](uint8_t* d) { TvkRaw12ImageTransform(d, raw.data(), w, h, format, pattern); },
                  bytes, "12-bit packed");
         }
