@@ -34,7 +34,7 @@ def main():
         sizes[name] = (r.get("in_bytes_per_px", 0), r.get("out_bytes_per_px", 0))
     print(f"{'conversion':40} {'ms/MP':>7} {'/memcpy out':>11} {'/memset out':>11} {'/memcpy in':>10}"
           f"  {'OpenCV':>7} {'libyuv':>7}")
-    for name, t in ms.items():
+    for name, t in sorted(ms.items()):
         if name.split("/")[0] in ("memcpy", "memset", "OpenCV", "libyuv"):
             continue
         src, dst = sizes[name]
