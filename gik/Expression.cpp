@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <new>
+#include <type_traits>
 
 #include "gik/Value.h"
 #include "gik/Variables.h"
@@ -66,6 +67,89 @@ inline bool RealResult(double aValue, tScalar& aResult) {
     if (!std::isfinite(aValue)) return false;
     aResult = tScalar::Real(aValue);
     return true;
+}
+
+template <class T> tScalar Integer(T aValue) {
+    if constexpr (std::is_signed_v<T>)
+        return tScalar::Signed(aValue);
+    else
+        return tScalar::Unsigned(aValue);
+}
+
+// Signed and unsigned results share one body. Sums, differences and products
+// wrap through the unsigned form, so overflow stays defined.
+template <class T> bool IntegerBinary(u4 aOp, T a, T b, const tScalar& aRight, tScalar& aOut) {
+    const u8 ua = static_cast<u8>(a), ub = static_cast<u8>(b);
+    switch (aOp) {
+    case kOpAdd:
+        aOut = Integer(static_cast<T>(ua + ub));
+        return true;
+    case kOpSub:
+        aOut = Integer(static_cast<T>(ua - ub));
+        return true;
+    case kOpMul:
+        aOut = Integer(static_cast<T>(ua * ub));
+        return true;
+    case kOpDiv:
+        if (b == 0) return false;
+        // The smallest signed number divided by -1 wraps to itself.
+        if constexpr (std::is_signed_v<T>)
+            if (b == -1) {
+                aOut = Integer(Wrap(0 - ua));
+                return true;
+            }
+        aOut = Integer(static_cast<T>(a / b));
+        return true;
+    case kOpMod:
+        if (b == 0) return false;
+        if constexpr (std::is_signed_v<T>)
+            if (b == -1) {
+                aOut = Integer(T{0});
+                return true;
+            }
+        aOut = Integer(static_cast<T>(a % b));
+        return true;
+    case kOpPow: {
+        double e = aRight.AsReal();
+        if (!(e > 0.0)) return false;
+        double p = std::pow(static_cast<double>(a), e);
+        if (!std::isfinite(p)) return false;
+        if constexpr (std::is_signed_v<T>)
+            aOut = Integer(RealToSint(p));
+        else
+            aOut = Integer(RealToUint(p));
+        return true;
+    }
+    case kOpBitAnd:
+        aOut = Integer(static_cast<T>(a & b));
+        return true;
+    case kOpBitOr:
+        aOut = Integer(static_cast<T>(a | b));
+        return true;
+    case kOpBitXor:
+        aOut = Integer(static_cast<T>(a ^ b));
+        return true;
+    case kOpGt:
+        aOut = tScalar::Bool(a > b);
+        return true;
+    case kOpLe:
+        aOut = tScalar::Bool(a <= b);
+        return true;
+    case kOpGe:
+        aOut = tScalar::Bool(a >= b);
+        return true;
+    case kOpLt:
+        aOut = tScalar::Bool(a < b);
+        return true;
+    case kOpEq:
+        aOut = tScalar::Bool(a == b);
+        return true;
+    case kOpNe:
+        aOut = tScalar::Bool(a != b);
+        return true;
+    default:
+        return false;
+    }
 }
 
 // ">>" on a signed number: arithmetic, and defined for any count.
@@ -164,123 +248,8 @@ bool sEvaluator::Binary(u4 aOp, const tScalar& aL, const tScalar& aR, tScalar& a
             return false;
         }
     }
-    if (type == kFlavourSigned) {
-        i8 a = aL.AsSint(), b = aR.AsSint();
-        u8 ua = static_cast<u8>(a), ub = static_cast<u8>(b);
-        switch (aOp) {
-        case kOpAdd:
-            aOut = tScalar::Signed(Wrap(ua + ub));
-            return true;
-        case kOpSub:
-            aOut = tScalar::Signed(Wrap(ua - ub));
-            return true;
-        case kOpMul:
-            aOut = tScalar::Signed(Wrap(ua * ub));
-            return true;
-        case kOpDiv:
-            if (b == 0) return false;
-            aOut = tScalar::Signed(b == -1 ? Wrap(0 - ua) : a / b);
-            return true;
-        case kOpMod:
-            if (b == 0) return false;
-            aOut = tScalar::Signed(b == -1 ? 0 : a % b);
-            return true;
-        case kOpPow: {
-            double e = aR.AsReal();
-            if (!(e > 0.0)) return false;
-            double p = std::pow(static_cast<double>(a), e);
-            if (!std::isfinite(p)) return false;
-            aOut = tScalar::Signed(RealToSint(p));
-            return true;
-        }
-        case kOpBitAnd:
-            aOut = tScalar::Signed(a & b);
-            return true;
-        case kOpBitOr:
-            aOut = tScalar::Signed(a | b);
-            return true;
-        case kOpBitXor:
-            aOut = tScalar::Signed(a ^ b);
-            return true;
-        case kOpGt:
-            aOut = tScalar::Bool(a > b);
-            return true;
-        case kOpLe:
-            aOut = tScalar::Bool(a <= b);
-            return true;
-        case kOpGe:
-            aOut = tScalar::Bool(a >= b);
-            return true;
-        case kOpLt:
-            aOut = tScalar::Bool(a < b);
-            return true;
-        case kOpEq:
-            aOut = tScalar::Bool(a == b);
-            return true;
-        case kOpNe:
-            aOut = tScalar::Bool(a != b);
-            return true;
-        default:
-            return false;
-        }
-    }
-    u8 a = aL.AsUint(), b = aR.AsUint();
-    switch (aOp) {
-    case kOpAdd:
-        aOut = tScalar::Unsigned(a + b);
-        return true;
-    case kOpSub:
-        aOut = tScalar::Unsigned(a - b);
-        return true;
-    case kOpMul:
-        aOut = tScalar::Unsigned(a * b);
-        return true;
-    case kOpDiv:
-        if (b == 0) return false;
-        aOut = tScalar::Unsigned(a / b);
-        return true;
-    case kOpMod:
-        if (b == 0) return false;
-        aOut = tScalar::Unsigned(a % b);
-        return true;
-    case kOpPow: {
-        double e = aR.AsReal();
-        if (!(e > 0.0)) return false;
-        double p = std::pow(static_cast<double>(a), e);
-        if (!std::isfinite(p)) return false;
-        aOut = tScalar::Unsigned(RealToUint(p));
-        return true;
-    }
-    case kOpBitAnd:
-        aOut = tScalar::Unsigned(a & b);
-        return true;
-    case kOpBitOr:
-        aOut = tScalar::Unsigned(a | b);
-        return true;
-    case kOpBitXor:
-        aOut = tScalar::Unsigned(a ^ b);
-        return true;
-    case kOpGt:
-        aOut = tScalar::Bool(a > b);
-        return true;
-    case kOpLe:
-        aOut = tScalar::Bool(a <= b);
-        return true;
-    case kOpGe:
-        aOut = tScalar::Bool(a >= b);
-        return true;
-    case kOpLt:
-        aOut = tScalar::Bool(a < b);
-        return true;
-    case kOpEq:
-        aOut = tScalar::Bool(a == b);
-        return true;
-    case kOpNe:
-        aOut = tScalar::Bool(a != b);
-        return true;
-    default:
-        return false;
-    }
+    if (type == kFlavourSigned) return IntegerBinary<i8>(aOp, aL.AsSint(), aR.AsSint(), aR, aOut);
+    return IntegerBinary<u8>(aOp, aL.AsUint(), aR.AsUint(), aR, aOut);
 }
 
 bool sEvaluator::Unary(u4 aOp, const tScalar& aA, tScalar& aOut) {
