@@ -12,36 +12,14 @@
 
 namespace gik {
 
-cMemoryNode::~cMemoryNode() {
-    llk::ReleaseAndClear(mComputed);
-}
-
 i4 cMemoryNode::Parse(cRuntime* aRuntime, const TiXmlElement* aElement) {
     i4 status = pNode::Parse(aRuntime, aElement);
     if (status != kOk) return status;
-    mComputed = new (std::nothrow) cValue();
-    if (!mComputed) return kNoMemory;
+    if ((status = mLocation.Parse(aRuntime, aElement)) != kOk) return status;
     if (!aElement) return kOk;
     bool found = false;
-    if ((status = ParseValue(aRuntime, aElement, "Address", mAddress, tValue::kInteger, &found)) != kOk)
-        return status;
-    if (!found) {
-        cValue zero;
-        zero.SetSigned(0);
-        if ((status = mAddress.SetConstantCopy(zero)) != kOk) return status;
-    }
-    if ((status = ParseValue(aRuntime, aElement, "Index", mIndex, tValue::kInteger, &found)) != kOk)
-        return status;
-    if (found) {
-        const TiXmlElement* index = sText::Child(aElement, "pIndex");
-        if (!index) index = sText::Child(aElement, "Index");
-        if (const char* offset = index->Attribute("Offset")) {
-            i8 v = 0;
-            if (!sText::ReadInteger(offset, v) || v < 0 || v > 0xFFFFFFFFll) return kBadNumber;
-            mMultiplier = static_cast<u4>(v);
-        }
-    }
-    if ((status = ParseValue(aRuntime, aElement, "Length", mLength, tValue::kInteger, &found)) != kOk)
+    if ((status = ParseValue(aRuntime, aElement, "Length", mLength, tValue::kInteger, &found)) !=
+        kOk)
         return status;
     if (!found) return kUnacceptable;
     if (cValue* length = mLength.Constant())
@@ -53,8 +31,7 @@ i4 cMemoryNode::Parse(cRuntime* aRuntime, const TiXmlElement* aElement) {
 
 i4 cMemoryNode::Resolve(cRuntime* aRuntime) {
     i4 status = pNode::Resolve(aRuntime);
-    if (status == kOk) status = mAddress.Resolve(this, aRuntime, true);
-    if (status == kOk) status = mIndex.Resolve(this, aRuntime, true);
+    if (status == kOk) status = mLocation.Resolve(this, aRuntime);
     if (status == kOk) status = mLength.Resolve(this, aRuntime, true);
     if (status == kOk) status = mPort.Resolve(this, aRuntime, false);
     return status;
@@ -65,8 +42,7 @@ void cMemoryNode::SetImplemented(bool aImplemented) {
         uNest nest;
         if (nest) {
             mImplementing = true;
-            if (pNode* n = mAddress.Node()) n->SetImplemented(aImplemented);
-            if (pNode* n = mIndex.Node()) n->SetImplemented(aImplemented);
+            mLocation.SetImplemented(aImplemented);
             if (pNode* n = mLength.Node()) n->SetImplemented(aImplemented);
             mImplementing = false;
         }
@@ -93,16 +69,6 @@ u4 cMemoryNode::Length(cRuntime* aRuntime) {
     return n > kMaxLength ? kMaxLength : static_cast<u4>(n);
 }
 
-i4 cMemoryNode::ComputeAddress(cRuntime* aRuntime, u8& aAddress) {
-    cValue address, index;
-    i4 status = mAddress.Get(this, aRuntime, address);
-    if (status != kOk) return status;
-    if ((status = mIndex.Get(this, aRuntime, index)) != kOk) return status;
-    aAddress = address.Uint() + index.Uint() * static_cast<u8>(mMultiplier);
-    if (mComputed) mComputed->SetUnsigned(aAddress);
-    return kOk;
-}
-
 i4 cMemoryNode::Fetch(cRuntime* aRuntime, u4 aLength, void* aBuffer, u4& aFetched) {
     aFetched = 0;
     if (!IsReadable(aRuntime)) return kAccessDenied;
@@ -124,12 +90,14 @@ i4 cMemoryNode::Store(cRuntime* aRuntime, u4 aLength, const void* aBuffer, u4& a
     if (!port) return kNothing;
     if ((status = port->Store(aRuntime, address, aLength, aBuffer, aStored)) != kOk) return status;
     aRuntime->Propagate(cNotification::kValueChanged, nullptr, nullptr, this);
-    aRuntime->Broadcast(pRegisterNode::kBroadcastMask, cNotification::kMemoryChanged, mComputed, this);
+    aRuntime->Broadcast(pRegisterNode::kBroadcastMask, cNotification::kMemoryChanged,
+                        mLocation.computed, this);
     return kOk;
 }
 
 void cMemoryNode::OnBroadcast(cRuntime* aRuntime, cNotification* aNotification) {
-    if (!aNotification || aNotification->Type() != cNotification::kMemoryChanged || !aNotification->Value())
+    if (!aNotification || aNotification->Type() != cNotification::kMemoryChanged ||
+        !aNotification->Value())
         return;
     aRuntime->Propagate(cNotification::kValueChanged, nullptr, nullptr, this);
 }

@@ -2,6 +2,7 @@
 // address space without a typed value.
 #pragma once
 
+#include "gik/Location.h"
 #include "gik/Node.h"
 
 namespace gik {
@@ -15,8 +16,9 @@ public:
     static cMemoryNode* New(cRuntime* aRuntime, const TiXmlElement* aElement) {
         return Make<cMemoryNode>(aRuntime, aElement);
     }
-    i4 Initialize(cRuntime* aRuntime, const TiXmlElement* aElement) { return Parse(aRuntime, aElement); }
-    ~cMemoryNode() override;
+    i4 Initialize(cRuntime* aRuntime, const TiXmlElement* aElement) {
+        return Parse(aRuntime, aElement);
+    }
     u4 ClassCode() const override { return kTagMemory; }
     const char* ClassName() const override { return "cMemoryNode"; }
 
@@ -29,7 +31,9 @@ public:
 
     // The span's length from "Length" / "pLength"; 0 when unreadable.
     u4 Length(cRuntime* aRuntime);
-    i4 ComputeAddress(cRuntime* aRuntime, u8& aAddress);
+    i4 ComputeAddress(cRuntime* aRuntime, u8& aAddress) {
+        return mLocation.Compute(this, aRuntime, aAddress);
+    }
     // kAccessDenied unless readable / writeable. A store tells the
     // dependents and broadcasts the address, as a register's does.
     i4 Fetch(cRuntime* aRuntime, u4 aLength, void* aBuffer, u4& aFetched);
@@ -38,12 +42,9 @@ public:
 private:
     cPortNode* PortNode() const;
 
-    tValue mAddress;
-    tValue mIndex;
+    tLocation mLocation;
     tValue mLength;
-    u4 mMultiplier = 1;
     tValue mPort;
-    cValue* mComputed = nullptr;
 };
 
 } // namespace gik

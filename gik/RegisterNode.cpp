@@ -13,37 +13,14 @@
 namespace gik {
 
 pRegisterNode::~pRegisterNode() {
-    llk::ReleaseAndClear(mComputed);
     llk::ReleaseAndClear(mCache);
 }
 
 i4 pRegisterNode::Parse(cRuntime* aRuntime, const TiXmlElement* aElement) {
     i4 status = pNode::Parse(aRuntime, aElement);
     if (status != kOk) return status;
-    mComputed = new (std::nothrow) cValue();
-    if (!mComputed) return kNoMemory;
+    if ((status = mLocation.Parse(aRuntime, aElement)) != kOk) return status;
     if (!aElement) return kOk;
-
-    bool found = false;
-    if ((status = ParseValue(aRuntime, aElement, "Address", mAddress, tValue::kInteger, &found)) !=
-        kOk)
-        return status;
-    if (!found) {
-        cValue zero;
-        zero.SetSigned(0);
-        if ((status = mAddress.SetConstantCopy(zero)) != kOk) return status;
-    }
-    if ((status = ParseValue(aRuntime, aElement, "Index", mIndex, tValue::kInteger, &found)) != kOk)
-        return status;
-    if (found) {
-        const TiXmlElement* index = sText::Child(aElement, "pIndex");
-        if (!index) index = sText::Child(aElement, "Index");
-        if (const char* offset = index->Attribute("Offset")) {
-            i8 v = 0;
-            if (!sText::ReadInteger(offset, v) || v < 0 || v > 0xFFFFFFFFll) return kBadNumber;
-            mOffset = static_cast<u4>(v);
-        }
-    }
     const TiXmlElement* length = sText::Child(aElement, "Length");
     if (!length) return kUnacceptable;
     i8 n = 0;
@@ -59,8 +36,7 @@ i4 pRegisterNode::Parse(cRuntime* aRuntime, const TiXmlElement* aElement) {
 
 i4 pRegisterNode::Resolve(cRuntime* aRuntime) {
     i4 status = pNode::Resolve(aRuntime);
-    if (status == kOk) status = mAddress.Resolve(this, aRuntime, true);
-    if (status == kOk) status = mIndex.Resolve(this, aRuntime, true);
+    if (status == kOk) status = mLocation.Resolve(this, aRuntime);
     // The port is resolved but is no dependency edge: a write to one
     // register must not invalidate every register of its port.
     if (status == kOk) status = mPort.Resolve(this, aRuntime, false);
@@ -72,13 +48,12 @@ void pRegisterNode::SetImplemented(bool aImplemented) {
         uNest nest;
         if (nest) {
             mImplementing = true;
-            if (pNode* n = mAddress.Node()) n->SetImplemented(aImplemented);
-            if (pNode* n = mIndex.Node()) n->SetImplemented(aImplemented);
+            mLocation.SetImplemented(aImplemented);
             mImplementing = false;
         }
     }
     SetImplementedBase(aImplemented);
-    if (mAddress.Node() || mIndex.Node()) mLatch = true;
+    if (mLocation.HasNodes()) mLatch = true;
 }
 
 cPortNode* pRegisterNode::PortNode() const {
@@ -121,16 +96,6 @@ void pRegisterNode::Encode(u8 aValue, u1* aBytes, u4 aLength) const {
     }
 }
 
-i4 pRegisterNode::ComputeAddress(cRuntime* aRuntime, u8& aAddress) {
-    cValue address, index;
-    i4 status = mAddress.Get(this, aRuntime, address);
-    if (status != kOk) return status;
-    if ((status = mIndex.Get(this, aRuntime, index)) != kOk) return status;
-    aAddress = address.Uint() + index.Uint() * static_cast<u8>(mOffset);
-    if (mComputed) mComputed->SetUnsigned(aAddress);
-    return kOk;
-}
-
 i4 pRegisterNode::Fetch(cRuntime* aRuntime, u4 aLength, void* aBuffer, u4& aFetched) {
     aFetched = 0;
     u8 address = 0;
@@ -155,7 +120,7 @@ i4 pRegisterNode::StoreFrom(cRuntime* aRuntime, u4 aLength, const void* aBuffer,
     if (!port) return kNothing;
     if ((status = port->Store(aRuntime, address, aLength, aBuffer, aStored)) != kOk) return status;
     aRuntime->Propagate(cNotification::kValueChanged, nullptr, aOriginator, this);
-    aRuntime->Broadcast(kBroadcastMask, cNotification::kMemoryChanged, mComputed, this);
+    aRuntime->Broadcast(kBroadcastMask, cNotification::kMemoryChanged, mLocation.computed, this);
     return kOk;
 }
 

@@ -4,6 +4,7 @@
 // serves it until something invalidates it.
 #pragma once
 
+#include "gik/Location.h"
 #include "gik/Node.h"
 
 namespace gik {
@@ -39,14 +40,17 @@ public:
 
     // address + index x offset, 64-bit, wrapping; also kept as the computed
     // address value.
-    i4 ComputeAddress(cRuntime* aRuntime, u8& aAddress);
+    i4 ComputeAddress(cRuntime* aRuntime, u8& aAddress) {
+        return mLocation.Compute(this, aRuntime, aAddress);
+    }
     bool IsLittleEndian() const { return mLittleEndian; }
     bool HasCache() const { return mCached; }
     void DropCache() { mCached = false; }
 
 protected:
     // Store with the originator that the dependents' walk leaves out.
-    i4 StoreFrom(cRuntime* aRuntime, u4 aLength, const void* aBuffer, u4& aStored, pNode* aOriginator);
+    i4 StoreFrom(cRuntime* aRuntime, u4 aLength, const void* aBuffer, u4& aStored,
+                 pNode* aOriginator);
     cPortNode* PortNode() const;
     // The cache value object, made on first use; null without memory.
     cValue* CacheObject();
@@ -54,11 +58,8 @@ protected:
     u8 Decode(const u1* aBytes, u4 aLength) const;
     void Encode(u8 aValue, u1* aBytes, u4 aLength) const;
 
-    tValue mAddress;
-    tValue mIndex;
-    u4 mOffset = 1;
+    tLocation mLocation;
     u4 mLength = 0;
-    cValue* mComputed = nullptr;
     cValue* mCache = nullptr;
     bool mCached = false;
     tValue mPort;
