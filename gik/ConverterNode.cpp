@@ -44,65 +44,6 @@ i4 cConverterNode::Resolve(cRuntime* aRuntime) {
     return status;
 }
 
-bool cConverterNode::IsNoCache(cRuntime* aRuntime) {
-    if (pFormulaNode::IsNoCache(aRuntime)) return true;
-    pNode* target = mValue.Node();
-    if (!target) return false;
-    uNest nest;
-    return nest && target->IsNoCache(aRuntime);
-}
-
-bool cConverterNode::IsWriteAround(cRuntime* aRuntime) {
-    if (pNode::IsWriteAround(aRuntime)) return true;
-    pNode* target = mValue.Node();
-    if (!target) return false;
-    uNest nest;
-    return nest && target->IsWriteAround(aRuntime);
-}
-
-pNode* cConverterNode::Target(cRuntime* aRuntime) {
-    pNode* target = mValue.Node();
-    if (!target) return this;
-    uNest nest;
-    return nest ? target->Target(aRuntime) : this;
-}
-
-bool cConverterNode::IsWriteable(cRuntime* aRuntime) {
-    if (!pNode::IsWriteable(aRuntime)) return false;
-    pNode* target = mValue.Node();
-    if (!target) return true;
-    uNest nest;
-    return nest && target->IsWriteable(aRuntime);
-}
-
-void cConverterNode::SetImplemented(bool aImplemented) {
-    if (!mImplementing) {
-        uNest nest;
-        if (nest) {
-            mImplementing = true;
-            if (pNode* target = mValue.Node()) target->SetImplemented(aImplemented);
-            mImplementing = false;
-        }
-    }
-    pFormulaNode::SetImplemented(aImplemented);
-}
-
-bool cConverterNode::HasInvalidators(cRuntime* aRuntime) {
-    if (pNode::HasInvalidators(aRuntime)) return true;
-    pNode* target = mValue.Node();
-    if (!target) return false;
-    uNest nest;
-    return nest && target->HasInvalidators(aRuntime);
-}
-
-u4 cConverterNode::ComputeAccess() {
-    u4 own = OwnAccess();
-    pNode* target = mValue.Node();
-    if (!target) return own;
-    uNest nest;
-    return nest ? own & target->ComputeAccess() : own;
-}
-
 i4 cConverterNode::From(cRuntime* aRuntime, const cValue& aTo, cValue& aResult) {
     i4 status = ReadVariables(aRuntime, kCurrent);
     if (status != kOk) return status;
@@ -145,7 +86,8 @@ i4 cConverterNode::GetRange(cRuntime* aRuntime, cValue& aMinimum, cValue& aMaxim
         if (status == kOk) status = From(aRuntime, low, *mMinimum);
         if (status == kOk) status = From(aRuntime, high, *mMaximum);
         if (status != kOk) return status;
-        bool reversed = mIsFloat ? mMinimum->Real() > mMaximum->Real() : mMinimum->Sint() > mMaximum->Sint();
+        bool reversed =
+            mIsFloat ? mMinimum->Real() > mMaximum->Real() : mMinimum->Sint() > mMaximum->Sint();
         if (reversed) {
             cValue swap;
             swap.Assign(*mMinimum);

@@ -5,10 +5,11 @@
 #pragma once
 
 #include "gik/FormulaNode.h"
+#include "gik/ValueNode.h"
 
 namespace gik {
 
-class cConverterNode : public pFormulaNode {
+class cConverterNode : public pValueTarget<pFormulaNode> {
 public:
     static cConverterNode* New(cRuntime* aRuntime, const TiXmlElement* aElement, bool aIsFloat) {
         return Make<cConverterNode>(aRuntime, aElement, aIsFloat);
@@ -23,24 +24,17 @@ public:
 
     i4 Parse(cRuntime* aRuntime, const TiXmlElement* aElement) override;
     i4 Resolve(cRuntime* aRuntime) override;
-    bool IsNoCache(cRuntime* aRuntime) override;
-    bool IsWriteAround(cRuntime* aRuntime) override;
-    pNode* Target(cRuntime* aRuntime) override;
-    bool IsWriteable(cRuntime* aRuntime) override;
-    void SetImplemented(bool aImplemented) override;
-    bool HasInvalidators(cRuntime* aRuntime) override;
     i4 SetValue(cRuntime* aRuntime, const cValue* aValue, pNode* aOriginator) override;
     i4 GetValue(cRuntime* aRuntime, cValue& aValue, pNode* aOriginator) override;
     // The target's bounds through FormulaFrom, exchanged when reversed.
-    i4 GetRange(cRuntime* aRuntime, cValue& aMinimum, cValue& aMaximum, pNode* aOriginator) override;
-    u4 ComputeAccess() override;
+    i4 GetRange(cRuntime* aRuntime, cValue& aMinimum, cValue& aMaximum,
+                pNode* aOriginator) override;
     void OnInvalidate(cRuntime* aRuntime, cNotification* aNotification) override;
 
 private:
     // FormulaFrom over the variables with TO set to aTo.
     i4 From(cRuntime* aRuntime, const cValue& aTo, cValue& aResult);
 
-    tValue mValue;
     cFormula* mFormulaFrom = nullptr;
     cFormula* mFormulaTo = nullptr;
     cValue* mResult = nullptr;
