@@ -40,7 +40,7 @@ test-tsan: deps
 bench: 
 	@scripts/install-deps libopencv-imgproc-dev libyuv-dev
 	$(call configure,bench,Release,-DTAVIK_BENCH=ON)
-	@for b in build/bench/bench/tavik_bench_*; do echo "== $$b"; $$b; done
+	@for b in build/bench/bench/*/tavik_bench_*; do echo "== $$b"; $$b; done
 
 # The feature kernel's fuzz targets (libFuzzer), FUZZ_SECONDS each; the
 # corpora grow under build/fuzz, findings land there too.
