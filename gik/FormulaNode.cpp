@@ -26,7 +26,8 @@ pFormulaNode::~pFormulaNode() {
 
 i4 pFormulaNode::ParseVariables(cRuntime* aRuntime, const TiXmlElement* aElement) {
     for (const char* kind : {"Variable", "pVariable"}) {
-        for (const TiXmlElement* e = aElement->FirstChildElement(kind); e; e = e->NextSiblingElement(kind)) {
+        for (const TiXmlElement* e = aElement->FirstChildElement(kind); e;
+             e = e->NextSiblingElement(kind)) {
             auto* v = new (std::nothrow) tVariable();
             if (!v) return kNoMemory;
             try {
@@ -51,7 +52,8 @@ i4 pFormulaNode::ParseVariables(cRuntime* aRuntime, const TiXmlElement* aElement
     return kOk;
 }
 
-i4 pFormulaNode::ParseFormula(const TiXmlElement* aElement, const char* aName, cFormula*& aFormula) {
+i4 pFormulaNode::ParseFormula(const TiXmlElement* aElement, const char* aName,
+                              cFormula*& aFormula) {
     const char* text = sText::ChildText(aElement, aName);
     const char* error = nullptr;
     aFormula = sShared::Formula(text ? text : "", &error);
@@ -83,15 +85,10 @@ bool pFormulaNode::IsNoCache(cRuntime* aRuntime) {
 }
 
 void pFormulaNode::SetImplemented(bool aImplemented) {
-    if (!mImplementing) {
-        uNest nest;
-        if (nest) {
-            mImplementing = true;
-            for (tVariable* v : mVariables)
-                if (pNode* target = v->value.Node()) target->SetImplemented(aImplemented);
-            mImplementing = false;
-        }
-    }
+    PropagateImplemented([&] {
+        for (tVariable* v : mVariables)
+            if (pNode* target = v->value.Node()) target->SetImplemented(aImplemented);
+    });
     SetImplementedBase(aImplemented);
 }
 
@@ -125,7 +122,8 @@ i4 pFormulaNode::ReadVariables(cRuntime* aRuntime, tBound aBound) {
         }
         if (status != kOk) return status;
         if (value.IsAbsent()) return kNoValue;
-        if (mIsFloat && value.Flavour() != kFlavourReal && value.HasNumber()) value.SetReal(value.Real());
+        if (mIsFloat && value.Flavour() != kFlavourReal && value.HasNumber())
+            value.SetReal(value.Real());
         if ((status = mValues->Set(v->name->Chars(), value)) != kOk) return status;
     }
     return kOk;

@@ -15,7 +15,8 @@ cMaskedIntNode::~cMaskedIntNode() {
     llk::ReleaseAndClear(mCache);
 }
 
-i4 cMaskedIntNode::Initialize(cRuntime* aRuntime, const TiXmlElement* aElement, cIntRegNode* aHolder) {
+i4 cMaskedIntNode::Initialize(cRuntime* aRuntime, const TiXmlElement* aElement,
+                              cIntRegNode* aHolder) {
     if (!aHolder) return kNothing;
     mHolder = aHolder;
     i4 status = pNode::Parse(aRuntime, aElement);
@@ -46,14 +47,7 @@ bool cMaskedIntNode::IsWriteable(cRuntime* aRuntime) {
 }
 
 void cMaskedIntNode::SetImplemented(bool aImplemented) {
-    if (!mImplementing) {
-        uNest nest;
-        if (nest) {
-            mImplementing = true;
-            mHolder->SetImplemented(aImplemented);
-            mImplementing = false;
-        }
-    }
+    PropagateImplemented([&] { mHolder->SetImplemented(aImplemented); });
     SetImplementedBase(aImplemented);
 }
 

@@ -38,15 +38,10 @@ i4 cMemoryNode::Resolve(cRuntime* aRuntime) {
 }
 
 void cMemoryNode::SetImplemented(bool aImplemented) {
-    if (!mImplementing) {
-        uNest nest;
-        if (nest) {
-            mImplementing = true;
-            mLocation.SetImplemented(aImplemented);
-            if (pNode* n = mLength.Node()) n->SetImplemented(aImplemented);
-            mImplementing = false;
-        }
-    }
+    PropagateImplemented([&] {
+        mLocation.SetImplemented(aImplemented);
+        if (pNode* n = mLength.Node()) n->SetImplemented(aImplemented);
+    });
     SetImplementedBase(aImplemented);
 }
 

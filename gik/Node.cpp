@@ -53,10 +53,11 @@ i4 Own(const char* aText, llk::cString*& aSlot) {
 }
 
 // The names of every aName child with text, prefixed and interned.
-i4 NameList(cRuntime* aRuntime, const TiXmlElement* aElement, const char* aName, llk::cObjectList*& aList,
-            bool& aAny) {
+i4 NameList(cRuntime* aRuntime, const TiXmlElement* aElement, const char* aName,
+            llk::cObjectList*& aList, bool& aAny) {
     aAny = false;
-    for (const TiXmlElement* c = aElement->FirstChildElement(aName); c; c = c->NextSiblingElement(aName)) {
+    for (const TiXmlElement* c = aElement->FirstChildElement(aName); c;
+         c = c->NextSiblingElement(aName)) {
         aAny = true;
         const char* text = c->GetText();
         if (!text) continue;
@@ -72,8 +73,8 @@ i4 NameList(cRuntime* aRuntime, const TiXmlElement* aElement, const char* aName,
 
 } // namespace
 
-i4 pNode::ParseValue(cRuntime* aRuntime, const TiXmlElement* aElement, const char* aName, tValue& aValue,
-                     tValue::tLiteral aLiteral, bool* aFound) {
+i4 pNode::ParseValue(cRuntime* aRuntime, const TiXmlElement* aElement, const char* aName,
+                     tValue& aValue, tValue::tLiteral aLiteral, bool* aFound) {
     return aValue.Parse(aRuntime, aElement, aName, aLiteral, aFound);
 }
 
@@ -100,10 +101,14 @@ i4 pNode::Parse(cRuntime* aRuntime, const TiXmlElement* aElement) {
     if ((status = Intern(aRuntime, space ? space : "Custom", mNameSpace)) != kOk) return status;
 
     if ((status = Own(sText::ChildText(aElement, "ToolTip"), mToolTip)) != kOk) return status;
-    if ((status = Own(sText::ChildText(aElement, "Description"), mDescription)) != kOk) return status;
-    if ((status = Intern(aRuntime, sText::ChildText(aElement, "DisplayName"), mDisplayName)) != kOk) return status;
-    if ((status = Intern(aRuntime, sText::ChildText(aElement, "Unit"), mUnit)) != kOk) return status;
-    if ((status = Intern(aRuntime, sText::ChildText(aElement, "Representation"), mRepresentation)) != kOk)
+    if ((status = Own(sText::ChildText(aElement, "Description"), mDescription)) != kOk)
+        return status;
+    if ((status = Intern(aRuntime, sText::ChildText(aElement, "DisplayName"), mDisplayName)) != kOk)
+        return status;
+    if ((status = Intern(aRuntime, sText::ChildText(aElement, "Unit"), mUnit)) != kOk)
+        return status;
+    if ((status = Intern(aRuntime, sText::ChildText(aElement, "Representation"),
+                         mRepresentation)) != kOk)
         return status;
 
     // Access: the imposed mode, narrowed by the mode.
@@ -179,8 +184,10 @@ i4 pNode::Parse(cRuntime* aRuntime, const TiXmlElement* aElement) {
     }
 
     bool any = false;
-    if ((status = NameList(aRuntime, aElement, "pSelected", mSelectedNames, any)) != kOk) return status;
-    if ((status = NameList(aRuntime, aElement, "pInvalidator", mInvalidatorNames, any)) != kOk) return status;
+    if ((status = NameList(aRuntime, aElement, "pSelected", mSelectedNames, any)) != kOk)
+        return status;
+    if ((status = NameList(aRuntime, aElement, "pInvalidator", mInvalidatorNames, any)) != kOk)
+        return status;
     // The element existing at all is what counts, resolved or not.
     if (any) mFlags |= kFlagInvalidators;
     return kOk;
@@ -251,16 +258,11 @@ bool pNode::IsImplemented(cRuntime* aRuntime) {
 }
 
 void pNode::SetImplementedBase(bool aImplemented) {
-    if (!mImplementing) {
-        uNest nest;
-        if (nest) {
-            mImplementing = true;
-            if (pNode* n = mIsImplemented.Node()) n->SetImplemented(aImplemented);
-            if (pNode* n = mIsAvailable.Node()) n->SetImplemented(aImplemented);
-            if (pNode* n = mIsLocked.Node()) n->SetImplemented(aImplemented);
-            mImplementing = false;
-        }
-    }
+    PropagateImplemented([&] {
+        if (pNode* n = mIsImplemented.Node()) n->SetImplemented(aImplemented);
+        if (pNode* n = mIsAvailable.Node()) n->SetImplemented(aImplemented);
+        if (pNode* n = mIsLocked.Node()) n->SetImplemented(aImplemented);
+    });
     mLatch = aImplemented;
 }
 
@@ -447,7 +449,8 @@ void pNode::SetNoCache(bool aNoCache, bool aWriteAround) {
 }
 
 void pNode::Notify(cRuntime* aRuntime, const cValue* aValue, pNode* aOriginator) {
-    aRuntime->Propagate(cNotification::kValueChanged, const_cast<cValue*>(aValue), aOriginator, this);
+    aRuntime->Propagate(cNotification::kValueChanged, const_cast<cValue*>(aValue), aOriginator,
+                        this);
 }
 
 } // namespace gik

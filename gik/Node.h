@@ -4,6 +4,7 @@
 // answers the access questions.
 #pragma once
 
+#include "gik/Nesting.h"
 #include "gik/Object.h"
 #include "gik/Reference.h"
 
@@ -141,6 +142,17 @@ protected:
                   tValue& aValue, tValue::tLiteral aLiteral, bool* aFound = nullptr);
     // The base's part of SetImplemented: the three "pIs" targets and the latch.
     void SetImplementedBase(bool aImplemented);
+    // Runs aPropagate, which passes SetImplemented on to the nodes this one
+    // stands on, unless this node is already doing so (a cycle) or the walk
+    // is too deep.
+    template <class F> void PropagateImplemented(F aPropagate) {
+        if (mImplementing) return;
+        uNest nest;
+        if (!nest) return;
+        mImplementing = true;
+        aPropagate();
+        mImplementing = false;
+    }
     // Tells the dependents of a change (a successful SetValue).
     void Notify(cRuntime* aRuntime, const cValue* aValue, pNode* aOriginator);
     // Access bits: the low two of the flags.

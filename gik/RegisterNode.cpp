@@ -44,14 +44,7 @@ i4 pRegisterNode::Resolve(cRuntime* aRuntime) {
 }
 
 void pRegisterNode::SetImplemented(bool aImplemented) {
-    if (!mImplementing) {
-        uNest nest;
-        if (nest) {
-            mImplementing = true;
-            mLocation.SetImplemented(aImplemented);
-            mImplementing = false;
-        }
-    }
+    PropagateImplemented([&] { mLocation.SetImplemented(aImplemented); });
     SetImplementedBase(aImplemented);
     if (mLocation.HasNodes()) mLatch = true;
 }

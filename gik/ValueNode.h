@@ -39,14 +39,9 @@ public:
         return nest ? target->Target(aRuntime) : this;
     }
     void SetImplemented(bool aImplemented) override {
-        if (!this->mImplementing) {
-            uNest nest;
-            if (nest) {
-                this->mImplementing = true;
-                if (pNode* target = mValue.Node()) target->SetImplemented(aImplemented);
-                this->mImplementing = false;
-            }
-        }
+        this->PropagateImplemented([&] {
+            if (pNode* target = mValue.Node()) target->SetImplemented(aImplemented);
+        });
         Base::SetImplemented(aImplemented);
     }
     // Never more open than the target.
