@@ -69,6 +69,16 @@ inline bool RealResult(double aValue, tScalar& aResult) {
     return true;
 }
 
+// The four orderings read alike on every numeric type.
+template <class T> bool Order(u4 aOp, T a, T b, tScalar& aOut) {
+    const bool result = aOp == kOpGt   ? a > b
+                        : aOp == kOpLe ? a <= b
+                        : aOp == kOpGe ? a >= b
+                                       : a < b;
+    aOut = tScalar::Bool(result);
+    return true;
+}
+
 template <class T> tScalar Integer(T aValue) {
     if constexpr (std::is_signed_v<T>)
         return tScalar::Signed(aValue);
@@ -130,17 +140,10 @@ template <class T> bool IntegerBinary(u4 aOp, T a, T b, const tScalar& aRight, t
         aOut = Integer(static_cast<T>(a ^ b));
         return true;
     case kOpGt:
-        aOut = tScalar::Bool(a > b);
-        return true;
     case kOpLe:
-        aOut = tScalar::Bool(a <= b);
-        return true;
     case kOpGe:
-        aOut = tScalar::Bool(a >= b);
-        return true;
     case kOpLt:
-        aOut = tScalar::Bool(a < b);
-        return true;
+        return Order(aOp, a, b, aOut);
     case kOpEq:
         aOut = tScalar::Bool(a == b);
         return true;
@@ -227,17 +230,10 @@ bool sEvaluator::Binary(u4 aOp, const tScalar& aL, const tScalar& aR, tScalar& a
             aOut = tScalar::Signed(aL.AsSint() ^ aR.AsSint());
             return true;
         case kOpGt:
-            aOut = tScalar::Bool(a > b);
-            return true;
         case kOpLe:
-            aOut = tScalar::Bool(a <= b);
-            return true;
         case kOpGe:
-            aOut = tScalar::Bool(a >= b);
-            return true;
         case kOpLt:
-            aOut = tScalar::Bool(a < b);
-            return true;
+            return Order(aOp, a, b, aOut);
         case kOpEq:
             aOut = tScalar::Bool(std::fabs(a - b) < 1e-6);
             return true;
