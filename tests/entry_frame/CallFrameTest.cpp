@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "ErrorTable.h"
+#include "ResultTable.h"
 #include "TavikC.h"
 #include "kit/Env.h"
 
