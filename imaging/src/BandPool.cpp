@@ -23,12 +23,14 @@ uint32_t DefaultThreads() {
     return std::clamp(std::thread::hardware_concurrency(), 1u, 16u);
 }
 
-// A band whose work buffer can't be had is left unwritten; nothing is thrown
-// across a thread.
-void RunBand(const std::function<void(uint32_t, uint32_t)>& aWork, uint32_t aFirst, uint32_t aEnd) {
+// False when the band's work threw (its work buffer could not be had): the
+// band is left unwritten, and nothing is thrown across a thread.
+bool RunBand(const std::function<void(uint32_t, uint32_t)>& aWork, uint32_t aFirst, uint32_t aEnd) {
     try {
         aWork(aFirst, aEnd);
+        return true;
     } catch (...) {
+        return false;
     }
 }
 
@@ -42,8 +44,10 @@ public:
         return *pool;
     }
 
+    // False when another job is running; otherwise aWritten says whether
+    // every band was written.
     bool TryRun(uint32_t aLines, uint32_t aBands, uint32_t aThreads,
-                const std::function<void(uint32_t, uint32_t)>& aWork) {
+                const std::function<void(uint32_t, uint32_t)>& aWork, bool& aWritten) {
         std::unique_lock<std::mutex> gate(mJobGate, std::try_to_lock);
         if (!gate) return false;
         std::unique_lock<std::mutex> lock(mMutex);
@@ -58,11 +62,13 @@ public:
         mBands = aBands;
         mNext = 0;
         mDone = 0;
+        mFailed = false;
         ++mGeneration;
         mWake.notify_all();
         Work(lock);
         mFinished.wait(lock, [this] { return mDone == mBands; });
         mWork = nullptr;
+        aWritten = !mFailed;
         return true;
     }
 
@@ -75,8 +81,9 @@ private:
             const uint32_t first = static_cast<uint32_t>(uint64_t(mLines) * band / mBands);
             const uint32_t end = static_cast<uint32_t>(uint64_t(mLines) * (band + 1) / mBands);
             aLock.unlock();
-            RunBand(*work, first, end);
+            const bool written = RunBand(*work, first, end);
             aLock.lock();
+            if (!written) mFailed = true;
             if (++mDone == mBands) mFinished.notify_all();
         }
     }
@@ -97,20 +104,23 @@ private:
     std::vector<std::thread> mThreads;
     const std::function<void(uint32_t, uint32_t)>* mWork = nullptr;
     uint32_t mLines = 0, mBands = 0, mNext = 0, mDone = 0;
+    bool mFailed = false; // a band of the current job was left unwritten
     uint64_t mGeneration = 0;
 };
 
 } // namespace
 
-void ForEachBand(uint32_t aLines, size_t aPixels,
-                 const std::function<void(uint32_t, uint32_t)>& aWork) {
+TvkError_t ForEachBand(uint32_t aLines, size_t aPixels,
+                       const std::function<void(uint32_t, uint32_t)>& aWork) {
     static const uint32_t defaultThreads = DefaultThreads();
     const uint32_t threads = gThreads.load() ? gThreads.load() : defaultThreads;
     const size_t perBand = std::max<size_t>(gPixelsPerBand.load(), 1);
     const uint32_t bands =
         static_cast<uint32_t>(std::min<size_t>({threads, aPixels / perBand, aLines}));
-    if (bands < 2 || !cBandPool::Get().TryRun(aLines, bands, threads, aWork))
-        RunBand(aWork, 0, aLines);
+    bool written = false;
+    if (bands < 2 || !cBandPool::Get().TryRun(aLines, bands, threads, aWork, written))
+        written = RunBand(aWork, 0, aLines);
+    return written ? TvkErrorSuccess : TvkErrorResources;
 }
 
 void SetBandLimits(size_t aPixelsPerBand, uint32_t aThreads) {

@@ -47,8 +47,8 @@ template <class M, bool Wide, class MakeLines>
 TvkError_t DemosaicCorrected(uint8_t* aDest, uint32_t aFormat, const TvkImageInfo& aInfo,
                              const M& aMatrix, MakeLines&& aMakeLines) {
     auto body = [&](auto aIterator) {
-        Demosaic2x2(Corrected<decltype(aIterator), Wide>(aMatrix), aDest, aInfo.Width, aInfo.Height,
-                    InternalPhase(aInfo.PixelInfo.BayerPattern), aMakeLines);
+        return Demosaic2x2(Corrected<decltype(aIterator), Wide>(aMatrix), aDest, aInfo.Width,
+                           aInfo.Height, InternalPhase(aInfo.PixelInfo.BayerPattern), aMakeLines);
     };
     if constexpr (Wide)
         return WithWideIterator(aFormat, body);
@@ -58,12 +58,12 @@ TvkError_t DemosaicCorrected(uint8_t* aDest, uint32_t aFormat, const TvkImageInf
 
 // The vector form of the 8-bit path: each line demosaiced into RGB, then
 // corrected 16 pixels at a time; the line's tail goes through the plain writer.
-void Raw8Corrected(uint8_t* aDest, const uint8_t* aSource, const TvkImageInfo& aInfo,
-                   uint32_t aFormat, const ColorCorrectionMatrixInt8& aMatrix) {
+TvkError_t Raw8Corrected(uint8_t* aDest, const uint8_t* aSource, const TvkImageInfo& aInfo,
+                         uint32_t aFormat, const ColorCorrectionMatrixInt8& aMatrix) {
     const uint32_t w = aInfo.Width, h = aInfo.Height;
     const uint32_t phase = InternalPhase(aInfo.PixelInfo.BayerPattern);
     const size_t stride = size_t(w) * OutputBytes(aFormat);
-    ForEachBand(h, size_t(w) * h, [&](uint32_t aFirst, uint32_t aEnd) {
+    return ForEachBand(h, size_t(w) * h, [&](uint32_t aFirst, uint32_t aEnd) {
         thread_local std::vector<uint8_t> rgb;
         rgb.resize(size_t(w) * 3);
         for (uint32_t y = aFirst; y < aEnd; ++y) {
@@ -120,10 +120,7 @@ TvkError_t ImageTransform__CC(const TvkImage& aSource, TvkImage& aDestination,
     if (p.PixelLayout == TvkPixelLayoutRaw && p.BitsPerPixel == 8) {
         // Raw8ToBGR_impl and Raw8ToY8_impl.
         if (format != 0 && format != 1 && format != 3 && format != 5) return TvkErrorBadParameter;
-        if (HaveSsse3() && HaveSse41()) {
-            Raw8Corrected(dst, src, info, format, matrix8);
-            return TvkErrorSuccess;
-        }
+        if (HaveSsse3() && HaveSse41()) return Raw8Corrected(dst, src, info, format, matrix8);
         return DemosaicCorrected<ColorCorrectionMatrixInt8, false>(dst, format, info, matrix8, [&] {
             return tRaw8Lines{src, w};
         });

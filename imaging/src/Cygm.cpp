@@ -140,7 +140,7 @@ TvkError_t PerformCygmDebayering(uint8_t* aDest, const uint8_t* aSource, uint32_
     if (window && (aWidth < 4 || aHeight < 4)) return TvkErrorBadParameter;
     return WithIterator(aFormat, [&](auto aIterator) {
         const uint32_t w = aWidth, h = aHeight;
-        ForEachBand(h, size_t(w) * h, [&](uint32_t aFirst, uint32_t aEnd) {
+        return ForEachBand(h, size_t(w) * h, [&](uint32_t aFirst, uint32_t aEnd) {
             auto out = aIterator; // one writer per band
             for (uint32_t y = aFirst; y < aEnd; ++y) {
                 out.p = aDest + static_cast<size_t>(y) * w * decltype(aIterator)::kBytes;

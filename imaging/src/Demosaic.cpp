@@ -66,7 +66,7 @@ TvkError_t Raw8Through(uint8_t* aDest, const uint8_t* aSource, uint32_t aWidth, 
                        uint32_t aFormat, uint32_t aPhase) {
     return WithIterator(aFormat, [&](auto aIterator) {
         W<decltype(aIterator)> out{};
-        Demosaic2x2(out, aDest, aWidth, aHeight, aPhase, [&] {
+        return Demosaic2x2(out, aDest, aWidth, aHeight, aPhase, [&] {
             return tRaw8Lines{aSource, aWidth};
         });
     });
@@ -79,7 +79,7 @@ template <class S, class Decode>
 TvkError_t DecodedThrough(uint8_t* aDest, uint32_t aWidth, uint32_t aHeight, uint32_t aFormat,
                           uint32_t aPhase, Decode aDecode) {
     auto body = [&](auto aIterator) {
-        Demosaic2x2(aIterator, aDest, aWidth, aHeight, aPhase, [&] {
+        return Demosaic2x2(aIterator, aDest, aWidth, aHeight, aPhase, [&] {
             return tDecodedLines<S, Decode>{aDecode, aWidth};
         });
     };

@@ -171,14 +171,15 @@ void Demosaic2x2Band(It aOut, uint8_t* aDest, Lines& aLines, uint32_t aWidth, ui
 }
 
 // The whole image, in bands; aMakeLines() gives each band its line source.
+// TvkErrorResources when a band's line buffer could not be had.
 template <class It, class MakeLines>
-void Demosaic2x2(It aOut, uint8_t* aDest, uint32_t aWidth, uint32_t aHeight, uint32_t aPhase,
-                 MakeLines&& aMakeLines) {
-    ForEachBand(aHeight, static_cast<size_t>(aWidth) * aHeight,
-                [&](uint32_t aFirst, uint32_t aEnd) {
-                    auto lines = aMakeLines();
-                    Demosaic2x2Band(aOut, aDest, lines, aWidth, aHeight, aPhase, aFirst, aEnd);
-                });
+TvkError_t Demosaic2x2(It aOut, uint8_t* aDest, uint32_t aWidth, uint32_t aHeight, uint32_t aPhase,
+                       MakeLines&& aMakeLines) {
+    return ForEachBand(
+        aHeight, static_cast<size_t>(aWidth) * aHeight, [&](uint32_t aFirst, uint32_t aEnd) {
+            auto lines = aMakeLines();
+            Demosaic2x2Band(aOut, aDest, lines, aWidth, aHeight, aPhase, aFirst, aEnd);
+        });
 }
 
 // Entries of the 8-bit modes; aPhase is the internal phase, sizes even and

@@ -94,10 +94,10 @@ void Line3x3(It aOut, uint8_t* aDest, const uint8_t* aSource, uint32_t w, uint32
 // The top line repeats the second (or is black when aBlackTop), the bottom
 // line the one above.
 template <class It>
-void Raw8To3x3Lines(It aOut, uint8_t* aDest, const uint8_t* aSource, uint32_t w, uint32_t h,
-                    uint32_t aPattern, bool aBlackTop) {
+TvkError_t Raw8To3x3Lines(It aOut, uint8_t* aDest, const uint8_t* aSource, uint32_t w, uint32_t h,
+                          uint32_t aPattern, bool aBlackTop) {
     const size_t stride = static_cast<size_t>(w) * It::kBytes;
-    ForEachBand(h, static_cast<size_t>(w) * h, [&](uint32_t aFirst, uint32_t aEnd) {
+    return ForEachBand(h, static_cast<size_t>(w) * h, [&](uint32_t aFirst, uint32_t aEnd) {
         std::optional<cPlanes> planes;
         if (VectorFormat<It, uint8_t>() >= 0 && HaveSsse3()) planes.emplace(aSource, w);
         for (uint32_t y = aFirst; y < aEnd; ++y) {
@@ -121,7 +121,7 @@ TvkError_t Raw8To3x3(uint8_t* aDest, const uint8_t* aSource, uint32_t aWidth, ui
     if (aFormat == TvkSimpleImageFormatUYVY || aWidth < 4 || aHeight < 4)
         return TvkErrorNotImplemented;
     return WithIterator(aFormat, [&](auto aIterator) {
-        Raw8To3x3Lines(aIterator, aDest, aSource, aWidth, aHeight, aPattern, false);
+        return Raw8To3x3Lines(aIterator, aDest, aSource, aWidth, aHeight, aPattern, false);
     });
 }
 
@@ -131,7 +131,7 @@ TvkError_t Raw8To3x3Mono(uint8_t* aDest, const uint8_t* aSource, uint32_t aWidth
         return TvkErrorNotImplemented;
     return WithIterator(aFormat, [&](auto aIterator) {
         tGreyWriter<decltype(aIterator)> out{};
-        Raw8To3x3Lines(out, aDest, aSource, aWidth, aHeight, aPattern, true);
+        return Raw8To3x3Lines(out, aDest, aSource, aWidth, aHeight, aPattern, true);
     });
 }
 

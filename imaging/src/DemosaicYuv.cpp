@@ -72,7 +72,7 @@ TvkError_t Raw8ToYuvFiltered(uint8_t* aDest, const uint8_t* aSource, uint32_t aW
         return TvkErrorNotImplemented;
     const uint32_t bytes = OutputBytes(aFormat);
     const size_t w = aWidth;
-    ForEachBand(aHeight, w * aHeight, [&](uint32_t aFirst, uint32_t aEnd) {
+    return ForEachBand(aHeight, w * aHeight, [&](uint32_t aFirst, uint32_t aEnd) {
         thread_local tBuffers buffers;
         buffers.yuv.resize(2 * 3 * w);
         buffers.packed.resize(2 * w);
@@ -95,7 +95,6 @@ TvkError_t Raw8ToYuvFiltered(uint8_t* aDest, const uint8_t* aSource, uint32_t aW
             Yuv422FullRangeToOutput(aDest + y * w * bytes, buffers.packed.data(), aWidth, aFormat);
         }
     });
-    return TvkErrorSuccess;
 }
 
 } // namespace img

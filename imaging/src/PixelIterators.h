@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <type_traits>
 
 #include "TavikImageTransform.h"
 
@@ -168,62 +169,58 @@ struct PixelIteratorMono16Wide_Rec709 {
     }
 };
 
+// aBody's status when it gives one (a banded body reports bands it could not
+// write), else success.
+template <class Body, class It> TvkError_t RunBody(Body& aBody, It aIterator) {
+    if constexpr (std::is_void_v<std::invoke_result_t<Body&, It>>) {
+        aBody(aIterator);
+        return TvkErrorSuccess;
+    } else {
+        return aBody(aIterator);
+    }
+}
+
 // Calls aBody with an iterator of the display format for 8-bit samples
 // (formats 0 to 8); TvkErrorNotImplemented for any other.
 template <class Body> TvkError_t WithIterator(uint32_t aFormat, Body&& aBody) {
     switch (aFormat) {
     case TvkSimpleImageFormatMono8:
-        aBody(PixelIteratorMono8_Rec601{});
-        break;
+        return RunBody(aBody, PixelIteratorMono8_Rec601{});
     case TvkSimpleImageFormatBGR24:
-        aBody(PixelIteratorBGR24{});
-        break;
+        return RunBody(aBody, PixelIteratorBGR24{});
     case TvkSimpleImageFormatBGRA32:
-        aBody(PixelIteratorBGRA32{});
-        break;
+        return RunBody(aBody, PixelIteratorBGRA32{});
     case TvkSimpleImageFormatRGB24:
-        aBody(PixelIteratorRGB24{});
-        break;
+        return RunBody(aBody, PixelIteratorRGB24{});
     case TvkSimpleImageFormatRGBA32:
-        aBody(PixelIteratorRGBA32{});
-        break;
+        return RunBody(aBody, PixelIteratorRGBA32{});
     case TvkSimpleImageFormatMono8Rec709:
-        aBody(PixelIteratorMono8_Rec709{});
-        break;
+        return RunBody(aBody, PixelIteratorMono8_Rec709{});
     case TvkSimpleImageFormatUYVY:
-        aBody(PixelIteratorUYVY{});
-        break;
+        return RunBody(aBody, PixelIteratorUYVY{});
     case TvkSimpleImageFormatMono16:
-        aBody(PixelIteratorMono16_Rec601{});
-        break;
+        return RunBody(aBody, PixelIteratorMono16_Rec601{});
     case TvkSimpleImageFormatMono16Rec709:
-        aBody(PixelIteratorMono16_Rec709{});
-        break;
+        return RunBody(aBody, PixelIteratorMono16_Rec709{});
     default:
         return TvkErrorNotImplemented;
     }
-    return TvkErrorSuccess;
 }
 
 // The same for 16-bit samples: formats 7 to 10.
 template <class Body> TvkError_t WithWideIterator(uint32_t aFormat, Body&& aBody) {
     switch (aFormat) {
     case TvkSimpleImageFormatMono16:
-        aBody(PixelIteratorMono16Wide_Rec601{});
-        break;
+        return RunBody(aBody, PixelIteratorMono16Wide_Rec601{});
     case TvkSimpleImageFormatMono16Rec709:
-        aBody(PixelIteratorMono16Wide_Rec709{});
-        break;
+        return RunBody(aBody, PixelIteratorMono16Wide_Rec709{});
     case TvkSimpleImageFormatBGR48:
-        aBody(PixelIteratorBGR48{});
-        break;
+        return RunBody(aBody, PixelIteratorBGR48{});
     case TvkSimpleImageFormatRGB48:
-        aBody(PixelIteratorRGB48{});
-        break;
+        return RunBody(aBody, PixelIteratorRGB48{});
     default:
         return TvkErrorNotImplemented;
     }
-    return TvkErrorSuccess;
 }
 
 // Bytes per pixel of a display format, or 0.

@@ -81,13 +81,13 @@ TvkError_t InBands(uint8_t* aDest, const uint8_t* aSource, uint32_t aPixels, uin
     constexpr size_t kChunk = 4096;
     const auto chunks = static_cast<uint32_t>((size_t(aPixels) + kChunk - 1) / kChunk);
     std::atomic<TvkError_t> status{TvkErrorSuccess};
-    ForEachBand(chunks, aPixels, [&](uint32_t aFirst, uint32_t aEnd) {
+    const TvkError_t banded = ForEachBand(chunks, aPixels, [&](uint32_t aFirst, uint32_t aEnd) {
         const size_t from = aFirst * kChunk, to = std::min<size_t>(aPixels, aEnd * kChunk);
         if (TvkError_t s = aConvert(aDest + from * OutputBytes(aFormat),
                                     aSource + from * aInHalves / 2, to - from))
             status = s;
     });
-    return status;
+    return banded != TvkErrorSuccess ? banded : status.load();
 }
 
 // The mono routines report only success or failure.
