@@ -19,7 +19,8 @@ using test::Eventually;
 
 constexpr llk::u4 kEcho = 99;
 
-// Doubles the int its request points at; can be told to stall or to defer.
+// Doubles the int its request points at; can be told to hold a request in
+// service until released, or to defer.
 class cEchoActor : public pActor {
 public:
     static cEchoActor* New(pProxy* aProxy, cAggregate* aAggregate) {
@@ -27,7 +28,9 @@ public:
     }
     bool OnRequest(llk::cRequest* aRequest) override {
         if (aRequest->GetUid() != kEcho) return pActor::OnRequest(aRequest);
-        if (mStallMs) llk::sEnv::Snooze(mStallMs);
+        mInService = true;
+        while (mHold.load())
+            llk::sEnv::Snooze(1);
         if (mDefer.load()) return false;
         auto* value = static_cast<int*>(aRequest->GetPointer());
         *value *= 2;
@@ -46,7 +49,7 @@ public:
     void OnTimerFired(llk::u4 aUid, llk::u4) override {
         if (aUid == 5) ++mTicks;
     }
-    std::atomic<llk::u4> mStallMs{0};
+    std::atomic<bool> mHold{false}, mInService{false};
     std::atomic<bool> mDefer{false};
     std::atomic<llk::u4> mMessageSum{0}, mFlash{0}, mTicks{0};
 };
@@ -116,13 +119,21 @@ TEST_F(ActorTest, ProxyCallsTravelToTheActorAndBackFromManyThreads) {
 }
 
 TEST_F(ActorTest, TimeoutWhileTheActorIsBusyWaitsForTheRequestInService) {
-    mProxy->Echo()->mStallMs = 300;
+    cEchoActor* actor = mProxy->Echo();
+    actor->mHold = true;
     int value = 1;
-    double start = llk::sEnv::GetElapsedTime();
-    EXPECT_EQ(mProxy->SendRequest(kEcho, 0, &value, 0, 50), llk::kTimedOut);
-    // The request in service was waited for, so its context is not left
-    // behind on this stack.
-    EXPECT_GE(llk::sEnv::GetElapsedTime() - start, 0.25);
+    std::atomic<llk::i4> status{-1};
+    std::thread caller([&] {
+        llk::uAutoreleasePool pool;
+        status = mProxy->SendRequest(kEcho, 0, &value, 0, 20);
+    });
+    ASSERT_TRUE(Eventually([&] { return actor->mInService.load(); }));
+    // Long past its timeout, the caller still waits for the request in
+    // service, so its context is not left behind on its stack.
+    EXPECT_FALSE(Eventually([&] { return status != -1; }, 0.3));
+    actor->mHold = false;
+    caller.join();
+    EXPECT_EQ(status, llk::kTimedOut);
     EXPECT_EQ(value, 2);
 }
 

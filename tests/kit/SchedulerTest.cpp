@@ -202,8 +202,16 @@ TEST_F(SchedulerTest, ScheduleRefusalsKillAndDetach) {
     scheduler->Schedule(a, MakeActiveCode(0, 0, 0), nullptr, 0);
     scheduler->Schedule(a, MakeActiveCode(1, 0, 0), nullptr, 0);
     ASSERT_TRUE(Eventually([&] { return scheduler->IsRunning(a); }));
-    std::thread killer([&] { EXPECT_EQ(scheduler->Kill(a, true), kOk); });
-    sEnv::Snooze(20);
+    std::atomic<bool> killed{false};
+    std::thread killer([&] {
+        EXPECT_EQ(scheduler->Kill(a, true), kOk);
+        killed = true;
+    });
+    // The kill is in force once new events are refused; any the probe got in
+    // before then never run either. The kill waits for the event in hand.
+    ASSERT_TRUE(Eventually(
+        [&] { return scheduler->Schedule(a, MakeActiveCode(9, 0, 0), nullptr, 0) == kRefused; }));
+    EXPECT_FALSE(killed);
     release = true;
     killer.join();
     // The event in hand finished; the second never ran.
