@@ -19,6 +19,10 @@ namespace {
 std::atomic<size_t> gRefuseFrom{0};
 } // namespace
 
+// This allocator is malloc and free underneath, which the compiler cannot tell
+// once it has inlined a delete.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
 void* operator new(size_t aSize) {
     const size_t limit = gRefuseFrom.load(std::memory_order_relaxed);
     if (limit != 0 && aSize >= limit) throw std::bad_alloc();
@@ -40,6 +44,7 @@ void operator delete(void* aPointer, size_t) noexcept {
 void operator delete[](void* aPointer, size_t) noexcept {
     free(aPointer);
 }
+#pragma GCC diagnostic pop
 
 namespace {
 
