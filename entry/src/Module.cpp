@@ -6,6 +6,7 @@
 #include "kit/LogFile.h"
 #include "kit/ObjectMap.h"
 #include "kit/String.h"
+#include "kit/Whistle.h"
 #include "kit/XMLBundle.h"
 
 tLocalData gLocalData;
@@ -35,6 +36,7 @@ void OpenLog(tLocalData* aLocal) {
 }
 
 void ReleaseAll(tLocalData* aLocal) {
+    llk::ReleaseAndClear(aLocal->stopped);
     llk::ReleaseAndClear(aLocal->mutex);
     llk::ReleaseAndClear(aLocal->junction);
     llk::ReleaseAndClear(aLocal->global);
@@ -56,13 +58,14 @@ void TvkAPILocalInit(tLocalData* aLocal) {
     if (aLocal->initialised) return;
     llk::uAutoreleasePool pool;
     aLocal->mutex = llk::Retained(llk::cMutex::New());
+    aLocal->stopped = llk::Retained(llk::cWhistle::New(aLocal->mutex));
     aLocal->junction = llk::Retained(llk::cJunction::New());
     aLocal->global =
         llk::Retained(tvk::cGlobal::New(reinterpret_cast<const void*>(&TvkVersionQuery)));
     aLocal->devices = llk::Retained(llk::cObjectMap::New(16, 0.0f, true));
     aLocal->transportLayers = llk::Retained(llk::cObjectMap::New(4, 0.5f, true));
-    if (!aLocal->mutex || !aLocal->junction || !aLocal->global || !aLocal->devices ||
-        !aLocal->transportLayers)
+    if (!aLocal->mutex || !aLocal->stopped || !aLocal->junction || !aLocal->global ||
+        !aLocal->devices || !aLocal->transportLayers)
         aLocal->initStatus = llk::kNoMemory;
     else
         OpenLog(aLocal);

@@ -8,6 +8,7 @@
 namespace llk {
 class cLogFile;
 class cObjectMap;
+class cWhistle;
 } // namespace llk
 
 namespace tvk {
@@ -18,6 +19,7 @@ class pProxy;
 
 struct tLocalData {
     llk::cMutex* mutex;
+    llk::cWhistle* stopped; // on the mutex: a shutdown has finished
     llk::cJunction* junction;
     llk::cLogFile* logFile;
     tvk::cGlobal* global;
@@ -25,7 +27,8 @@ struct tLocalData {
     tvk::pProxy* supervisorProxy;     // the proxy behind handle value 1
     llk::cObjectMap* transportLayers; // .cti file name to cGenTL
     llk::cObjectMap* devices;         // camera identifier to cData of TvkCameraInfo_t
-    bool started;
+    bool started;                     // TvkStartup succeeded and TvkShutdown has not finished
+    bool stopping;                    // a shutdown is tearing down; start-ups and shutdowns wait
     bool initialised;
     TvkError_t initStatus;
 };

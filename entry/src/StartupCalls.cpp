@@ -1,7 +1,6 @@
 // The calls outside the gate: version, start-up and shutdown.
 #include "CallFrame.h"
-#include "TransportLayers.h"
-#include "engine/Global.h"
+#include "Lifecycle.h"
 
 extern "C" {
 
@@ -28,11 +27,13 @@ TVK_EXPORT TvkError_t TvkStartup(void) {
     if (status == 0 && (llk::sEnv::GetThreadTag() & kTagStartup) != 0) status = TvkErrorInvalidCall;
     if (status == 0) {
         llk::uLock hold(gLocalData.mutex);
+        // A start-up during a shutdown starts once the shutdown has finished.
+        WaitWhileStopping(gLocalData);
         // A second start is harmless.
-        if (!gLocalData.started) {
-            status = StartTransportLayers(gLocalData);
-            if (status == 0) gLocalData.started = true;
-        }
+        if (!gLocalData.started) status = StartModule(gLocalData);
+        // What the start made belongs to the module state before the mutex
+        // is given up: a shutdown may release it at once.
+        pool.Sink();
     }
     return trace.Returned(TvkAPINormalizeError(status));
 }
@@ -41,17 +42,7 @@ TVK_EXPORT void TvkShutdown(void) {
     uCallTrace trace("TvkShutdown");
     if ((llk::sEnv::GetThreadTag() & kTagStartup) == 0 && gLocalData.initStatus == 0) {
         llk::uAutoreleasePool pool;
-        gLocalData.mutex->Lock();
-        if (gLocalData.started) {
-            gLocalData.mutex->Unlock();
-            // New gated calls are refused from here; calls inside finish.
-            gLocalData.junction->Latch(false);
-            gLocalData.mutex->Lock();
-            StopTransportLayers(gLocalData, pool);
-            gLocalData.started = false;
-            gLocalData.junction->Latch(true);
-        }
-        gLocalData.mutex->Unlock();
+        StopModule(gLocalData, pool);
     }
     trace.Returned(0);
 }

@@ -59,6 +59,16 @@ llk::cObjectList* SplitPaths(const char* aPath) {
     return list;
 }
 
+void ScanSearchPath(llk::cObjectMap* aMap) {
+    ScanTLs(aMap, ".");
+    char* searchPath = llk::sEnv::GetEnvVariable(kSearchPathVariable);
+    if (!searchPath) return;
+    llk::cObjectList* entries = SplitPaths(searchPath);
+    for (llk::u4 i = 0; entries && i < entries->Count(); ++i)
+        ScanTLs(aMap, static_cast<llk::cString*>(entries->AtIndex(i))->Chars());
+    llk::sEnv::Free(searchPath);
+}
+
 bool MakeTLs(llk::cObjectMap* aMap, tvk::cGlobal* aGlobal) {
     bool any = false;
     for (llk::u4 i = 0; i < aMap->Count(); ++i) {
@@ -69,49 +79,7 @@ bool MakeTLs(llk::cObjectMap* aMap, tvk::cGlobal* aGlobal) {
     return any;
 }
 
-namespace {
-// Releasing an aggregate stops its threads and closes and unloads its producer.
-void ReleaseAggregates(llk::cObjectMap* aMap) {
+void ReleaseTLs(llk::cObjectMap* aMap) {
     for (llk::u4 i = 0; i < aMap->Count(); ++i)
         static_cast<cGenTL*>(aMap->AtIndex(i))->SetAggregate(nullptr);
-}
-} // namespace
-
-TvkError_t StartTransportLayers(tLocalData& aLocal) {
-    char* searchPath = llk::sEnv::GetEnvVariable(kSearchPathVariable);
-    aLocal.global->Disable(false);
-    ScanTLs(aLocal.transportLayers, ".");
-    if (searchPath) {
-        llk::cObjectList* entries = SplitPaths(searchPath);
-        for (llk::u4 i = 0; entries && i < entries->Count(); ++i)
-            ScanTLs(aLocal.transportLayers,
-                    static_cast<llk::cString*>(entries->AtIndex(i))->Chars());
-    }
-    llk::sEnv::Free(searchPath);
-    TvkError_t status = TvkErrorSuccess;
-    if (!MakeTLs(aLocal.transportLayers, aLocal.global)) {
-        status = TvkErrorNoTL;
-    } else {
-        // The Supervisor's aggregate: its actors need no producer.
-        aLocal.supervisorAggregate = llk::Retained(tvk::cAggregate::New(aLocal.global));
-        if (!aLocal.supervisorAggregate) status = llk::kNoMemory;
-    }
-    if (status != TvkErrorSuccess) {
-        ReleaseAggregates(aLocal.transportLayers);
-        aLocal.global->Disable(true);
-    }
-    return status;
-}
-
-void StopTransportLayers(tLocalData& aLocal, llk::uAutoreleasePool& aPool) {
-    aLocal.global->Disable(true);
-    aLocal.global->RemoveAll();
-    aPool.Sink();
-    // The mutex is left while the aggregates stop: their threads may still be
-    // finishing calls that need it.
-    aLocal.mutex->Unlock();
-    ReleaseAggregates(aLocal.transportLayers);
-    llk::ReleaseAndClear(aLocal.supervisorAggregate);
-    aPool.Sink();
-    aLocal.mutex->Lock();
 }

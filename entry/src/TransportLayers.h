@@ -2,16 +2,16 @@
 // shutdown.
 #pragma once
 
-#include "Module.h"
-#include "kit/AutoreleasePool.h"
 #include "kit/String.h"
 
 namespace llk {
 class cObjectList;
-}
+class cObjectMap;
+} // namespace llk
 namespace tvk {
 class cAggregate;
-}
+class cGlobal;
+} // namespace tvk
 
 // One ".cti" file and what was built from it.
 class cGenTL : public llk::pObject {
@@ -35,13 +35,13 @@ private:
 void ScanTLs(llk::cObjectMap* aMap, const char* aDirectory);
 // The entries of a search path, split at ";" (and ":"), in order.
 llk::cObjectList* SplitPaths(const char* aPath);
+// Scans the current directory, then each directory of the producer search
+// path from left to right.
+void ScanSearchPath(llk::cObjectMap* aMap);
 
 // Builds each producer's aggregate, in map order, replacing any old one; true
 // when at least one producer loaded.
 bool MakeTLs(llk::cObjectMap* aMap, tvk::cGlobal* aGlobal);
-
-// With the module mutex held: scans, loads the producers and starts their
-// systems. 0, or the status that failed the start.
-TvkError_t StartTransportLayers(tLocalData& aLocal);
-// With the module mutex held: ends everything the start built.
-void StopTransportLayers(tLocalData& aLocal, llk::uAutoreleasePool& aPool);
+// Releases each producer's aggregate, which stops its threads and closes and
+// unloads the producer; the map keeps its entries.
+void ReleaseTLs(llk::cObjectMap* aMap);

@@ -11,28 +11,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "FlatFixture.h"
 #include "TavikC.h"
 
 namespace {
 
-// Runs each test from an empty directory with no producer search path, so
-// start-up finds no producer.
-class FlatFrameTest : public ::testing::Test {
-protected:
-    void SetUp() override {
-        mOld = std::filesystem::current_path();
-        mDir = std::filesystem::temp_directory_path() / ("tavik-entry-" + std::to_string(getpid()));
-        std::filesystem::create_directories(mDir);
-        std::filesystem::current_path(mDir);
-        unsetenv("GENICAM_GENTL64_PATH");
-    }
-    void TearDown() override {
-        TvkShutdown();
-        std::filesystem::current_path(mOld);
-        std::filesystem::remove_all(mDir);
-    }
-    std::filesystem::path mOld, mDir;
-};
+using FlatFrameTest = test::cFlatFixture;
 
 TEST_F(FlatFrameTest, VersionQueryChecksSizeBeforePointer) {
     EXPECT_EQ(TvkVersionQuery(nullptr, sizeof(TvkVersionInfo_t) - 1), TvkErrorStructSize);
@@ -93,19 +77,6 @@ TEST_F(FlatFrameTest, StartupWithoutProducersReportsNoTransportLayer) {
     EXPECT_EQ(TvkStartup(), TvkErrorNoTL);
     TvkShutdown();
     TvkShutdown();
-}
-
-// Whether the simulator is loaded in this process right now.
-bool SimulatorLoaded() {
-    void* handle = dlopen(TAVIK_SIM_PRODUCER, RTLD_NOW | RTLD_NOLOAD);
-    if (handle) dlclose(handle);
-    return handle != nullptr;
-}
-
-void SearchSimulator() {
-    std::string path =
-        "/nonexistent;" + std::filesystem::path(TAVIK_SIM_PRODUCER).parent_path().string();
-    setenv("GENICAM_GENTL64_PATH", path.c_str(), 1);
 }
 
 TEST_F(FlatFrameTest, StartupLoadsTheProducersAndShutdownUnloadsThem) {

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include "TransportLayers.h"
+#include "kit/AutoreleasePool.h"
 #include "kit/ObjectList.h"
 #include "kit/ObjectMap.h"
 

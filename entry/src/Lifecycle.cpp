@@ -1,0 +1,85 @@
+#include "Lifecycle.h"
+
+#include "TransportLayers.h"
+#include "engine/Aggregate.h"
+#include "engine/Global.h"
+#include "kit/Whistle.h"
+
+namespace {
+
+// ---- Steps of the start, each with the module mutex held ----
+
+// Opens the handle table and loads every producer found; TvkErrorNoTL when
+// none loads.
+TvkError_t LoadProducers(tLocalData& aLocal) {
+    aLocal.global->Disable(false);
+    ScanSearchPath(aLocal.transportLayers);
+    return MakeTLs(aLocal.transportLayers, aLocal.global) ? TvkErrorSuccess : TvkErrorNoTL;
+}
+
+// The Supervisor's aggregate: its actors need no producer.
+TvkError_t MakeSupervisor(tLocalData& aLocal) {
+    aLocal.supervisorAggregate = llk::Retained(tvk::cAggregate::New(aLocal.global));
+    return aLocal.supervisorAggregate ? TvkErrorSuccess : llk::kNoMemory;
+}
+
+// After a failed start: the producers unload and the table closes; the map
+// keeps its entries for the next attempt.
+void UnloadProducers(tLocalData& aLocal) {
+    ReleaseTLs(aLocal.transportLayers);
+    aLocal.global->Disable(true);
+}
+
+// ---- Steps of the stop ----
+
+// With the mutex held: inserts fail from here, and every actor in the table
+// ends.
+void EndActors(tLocalData& aLocal) {
+    aLocal.global->Disable(true);
+    aLocal.global->RemoveAll();
+}
+
+// Without the mutex: the aggregates' threads stop and the producers unload.
+void ReleaseAggregates(tLocalData& aLocal) {
+    ReleaseTLs(aLocal.transportLayers);
+    llk::ReleaseAndClear(aLocal.supervisorAggregate);
+}
+
+} // namespace
+
+void WaitWhileStopping(tLocalData& aLocal) {
+    while (aLocal.stopping)
+        aLocal.stopped->Wait();
+}
+
+TvkError_t StartModule(tLocalData& aLocal) {
+    TvkError_t status = LoadProducers(aLocal);
+    if (status == TvkErrorSuccess) status = MakeSupervisor(aLocal);
+    if (status == TvkErrorSuccess)
+        aLocal.started = true;
+    else
+        UnloadProducers(aLocal);
+    return status;
+}
+
+void StopModule(tLocalData& aLocal, llk::uAutoreleasePool& aPool) {
+    llk::uLock hold(aLocal.mutex);
+    // A second shutdown waits for the first, then finds the module stopped.
+    WaitWhileStopping(aLocal);
+    if (!aLocal.started) return;
+    aLocal.stopping = true;
+    // New gated calls are refused from here; calls inside finish.
+    aLocal.junction->Latch(false);
+    EndActors(aLocal);
+    aPool.Sink();
+    // The aggregates stop without the mutex: their threads may still be
+    // finishing calls that need it.
+    aLocal.mutex->Unlock();
+    ReleaseAggregates(aLocal);
+    aPool.Sink();
+    aLocal.mutex->Lock();
+    aLocal.started = false;
+    aLocal.stopping = false;
+    aLocal.junction->Latch(true);
+    aLocal.stopped->Signal(true);
+}
