@@ -82,15 +82,17 @@ void cHelper::SetSetup(const tSetup& aSetup) {
     mScheduler->SetSetup({aSetup.concurrencyMin, aSetup.concurrencyMax, aSetup.stride, 150, 3});
 }
 
-llk::cActiveTicker* cHelper::Ticker() {
+// Both are read under the mutex too: another thread may be making them. Once
+// made they live as long as the helper.
+llk::cActiveTicker* cHelper::Ticker(bool aMake) {
     llk::uLock hold(mMutex);
-    if (!mTicker) mTicker = llk::Retained(llk::cActiveTicker::New(mScheduler));
+    if (!mTicker && aMake) mTicker = llk::Retained(llk::cActiveTicker::New(mScheduler));
     return mTicker;
 }
 
-llk::cActiveOffloader* cHelper::Offloader() {
+llk::cActiveOffloader* cHelper::Offloader(bool aMake) {
     llk::uLock hold(mMutex);
-    if (!mOffloader)
+    if (!mOffloader && aMake)
         mOffloader = llk::Retained(llk::cActiveOffloader::New({3}, mScheduler, mDelegate));
     return mOffloader;
 }
@@ -101,16 +103,19 @@ llk::i4 cHelper::Attach(llk::pActiveObject* aActor, llk::u1 aPriority) {
 
 llk::i4 cHelper::Detach(llk::pActiveObject* aActor) {
     if (!mScheduler->IsAttached(aActor)) return llk::kNotFound;
-    if (mTicker) mTicker->Cease(aActor, llk::MakeActiveCode(0, 0, 0));
+    if (llk::cActiveTicker* ticker = Ticker(false))
+        ticker->Cease(aActor, llk::MakeActiveCode(0, 0, 0));
     EventForget(aActor, 0);
-    if (mOffloader) mOffloader->Cancel(aActor, nullptr, true);
+    if (llk::cActiveOffloader* offloader = Offloader(false))
+        offloader->Cancel(aActor, nullptr, true);
     return mScheduler->Detach(aActor, true);
 }
 
 llk::i4 cHelper::Kill(llk::pActiveObject* aActor, bool aCancel) {
     (void)aCancel; // offloaded work is always cancelled
     llk::i4 status = mScheduler->Kill(aActor, true);
-    if (mOffloader) mOffloader->Cancel(aActor, nullptr, true);
+    if (llk::cActiveOffloader* offloader = Offloader(false))
+        offloader->Cancel(aActor, nullptr, true);
     return status;
 }
 
@@ -125,20 +130,22 @@ llk::i4 cHelper::EventForget(llk::pActiveObject* aActor, llk::u4 aUid) {
 
 llk::i4 cHelper::TimerStart(llk::pActiveObject* aActor, llk::u4 aUid, llk::u4 aContext,
                             llk::u4 aInterval, bool aRepeat) {
-    llk::cActiveTicker* ticker = Ticker();
+    llk::cActiveTicker* ticker = Ticker(true);
     if (!ticker) return llk::kNoMemory;
     return ticker->Start(aActor, llk::MakeActiveCode(aUid, kKindTimer, aContext), nullptr,
                          aInterval, aRepeat);
 }
 
 llk::i4 cHelper::TimerCease(llk::pActiveObject* aActor, llk::u4 aUid) {
-    if (!mTicker) return llk::kNotFound;
-    return mTicker->Cease(aActor, llk::MakeActiveCode(aUid, kKindTimer, 0));
+    llk::cActiveTicker* ticker = Ticker(false);
+    if (!ticker) return llk::kNotFound;
+    return ticker->Cease(aActor, llk::MakeActiveCode(aUid, kKindTimer, 0));
 }
 
 llk::i4 cHelper::TimerReset(llk::pActiveObject* aActor, llk::u4 aUid, llk::u4 aInterval) {
-    if (!mTicker) return llk::kNotFound;
-    return mTicker->Reset(aActor, llk::MakeActiveCode(aUid, kKindTimer, 0), aInterval);
+    llk::cActiveTicker* ticker = Ticker(false);
+    if (!ticker) return llk::kNotFound;
+    return ticker->Reset(aActor, llk::MakeActiveCode(aUid, kKindTimer, 0), aInterval);
 }
 
 llk::i4 cHelper::AsyncCall(llk::pActiveObject* aActor, llk::u4 aUid, llk::u4 aDelay,
@@ -155,25 +162,27 @@ llk::i4 cHelper::FlashSend(llk::pActiveObject* aActor, llk::u4 aUid, llk::u4 aAr
 }
 
 llk::i4 cHelper::Offload(llk::pActiveObject* aActor, llk::cFunction* aFunction, llk::u1 aPriority) {
-    llk::cActiveOffloader* offloader = Offloader();
+    llk::cActiveOffloader* offloader = Offloader(true);
     return offloader ? offloader->Submit(aActor, aFunction, aPriority) : llk::kNoMemory;
 }
 
 llk::i4 cHelper::Offload(llk::pActiveObject* aActor, llk::u4 aUid, llk::cFunction* aFunction,
                          llk::u1 aPriority) {
-    llk::cActiveOffloader* offloader = Offloader();
+    llk::cActiveOffloader* offloader = Offloader(true);
     if (!offloader) return llk::kNoMemory;
     return offloader->Submit(aActor, aFunction, llk::MakeActiveCode(aUid, kKindOffloaded, 0),
                              aPriority);
 }
 
 llk::i4 cHelper::Discard(llk::pActiveObject* aActor, llk::cFunction* aFunction) {
-    return mOffloader ? mOffloader->Cancel(aActor, aFunction, false) : llk::kOk;
+    llk::cActiveOffloader* offloader = Offloader(false);
+    return offloader ? offloader->Cancel(aActor, aFunction, false) : llk::kOk;
 }
 
 llk::i4 cHelper::Discard(llk::pActiveObject* aActor, llk::cActiveOffloader::tFilter aFilter,
                          void* aContext) {
-    return mOffloader ? mOffloader->Cancel(aActor, aFilter, aContext, false) : llk::kOk;
+    llk::cActiveOffloader* offloader = Offloader(false);
+    return offloader ? offloader->Cancel(aActor, aFilter, aContext, false) : llk::kOk;
 }
 
 // Event data blocks belong to the listener that filled them.

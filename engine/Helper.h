@@ -92,8 +92,10 @@ public:
     bool UseUnion() const { return mUseUnion; }
 
 private:
-    llk::cActiveTicker* Ticker();
-    llk::cActiveOffloader* Offloader();
+    // The ticker and the offloader, made first when aMake is set; null when
+    // not made (or when making failed).
+    llk::cActiveTicker* Ticker(bool aMake);
+    llk::cActiveOffloader* Offloader(bool aMake);
 
     cProducer* mProducer = nullptr; // not owned: the aggregate outlives the helper
     bool mUseUnion = true;

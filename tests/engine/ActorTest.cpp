@@ -51,7 +51,7 @@ public:
     }
     std::atomic<bool> mHold{false}, mInService{false};
     std::atomic<bool> mDefer{false};
-    std::atomic<llk::u4> mMessageSum{0}, mFlash{0}, mTicks{0};
+    std::atomic<llk::u4> mMessageSum{0}, mFlash{0}, mTicks{0}, mOffloaded{0};
 };
 
 class cEchoProxy : public pProxy {
@@ -183,6 +183,39 @@ TEST_F(ActorTest, RequestsToADeadActorAreRefused) {
     EXPECT_EQ(mProxy->SendRequest(kEcho, 0, &value, 0), llk::kRefused);
     EXPECT_EQ(mAggregate->Helper()->Detach(actor), llk::kNotFound);
     EXPECT_EQ(value, 2);
+}
+
+// The ticker and the offloader are made on first use, from any thread, while
+// other threads already ask the helper for them.
+TEST_F(ActorTest, TickerAndOffloaderAreMadeWhileOtherThreadsLookForThem) {
+    cHelper* helper = mAggregate->Helper();
+    cEchoActor* actor = mProxy->Echo();
+    // The looker asks after a timer and a function that are never started.
+    llk::cFunction* never = llk::cFunction::New(false);
+    std::atomic<bool> made{false};
+    std::thread looker([&] {
+        llk::uAutoreleasePool pool;
+        while (!made.load()) {
+            helper->TimerCease(actor, 6);
+            helper->TimerReset(actor, 6, 20);
+            helper->Discard(actor, never);
+        }
+    });
+    EXPECT_EQ(helper->TimerStart(actor, 5, 0, 20, true), llk::kOk);
+    llk::cFunction* function = llk::cFunction::New(
+        false,
+        [](llk::pObject* aActor, llk::pObject*) -> llk::pObject* {
+            ++static_cast<cEchoActor*>(aActor)->mOffloaded;
+            return nullptr;
+        },
+        actor);
+    EXPECT_EQ(helper->Offload(actor, function, 255), llk::kOk);
+    made = true;
+    looker.join();
+    ASSERT_TRUE(Eventually([&] { return actor->mOffloaded == 1 && actor->mTicks >= 1; }));
+    EXPECT_EQ(helper->TimerCease(actor, 5), llk::kOk);
+    EXPECT_EQ(helper->Kill(actor, false), llk::kOk);
+    EXPECT_EQ(helper->Detach(actor), llk::kOk);
 }
 
 TEST(HelperTest, SetupIsClampedAndAHelperWithoutProducerHasNoListener) {
