@@ -1,18 +1,39 @@
-// tavik: list cameras and interfaces, read and write features, grab frames.
+// tavik: the command-line tool. Each command is one function in the table
+// below; discovery, features and capture commands join it as the library
+// gains them.
 #include <cstdio>
 #include <cstring>
 #include <string>
-#include <vector>
 
+#include "Producers.h"
 #include "TavikC.h"
 
 namespace {
 
-const char* ErrorText(TvkError_t aStatus) {
-    static char text[256];
+std::string ErrorText(TvkError_t aStatus) {
+    char text[256] = {};
     TvkGetErrorInfo(aStatus, text, sizeof(text));
     return text;
 }
+
+// Starts the library for the scope of one command.
+class uStarted {
+public:
+    uStarted() : mStatus(TvkStartup()) {
+        if (mStatus != TvkErrorSuccess)
+            fprintf(stderr, "tavik: start-up failed: %s (%d)\n", ErrorText(mStatus).c_str(),
+                    mStatus);
+    }
+    ~uStarted() {
+        if (mStatus == TvkErrorSuccess) TvkShutdown();
+    }
+    uStarted(const uStarted&) = delete;
+    uStarted& operator=(const uStarted&) = delete;
+    bool Ok() const { return mStatus == TvkErrorSuccess; }
+
+private:
+    TvkError_t mStatus;
+};
 
 int Version() {
     TvkVersionInfo_t version{};
@@ -21,74 +42,63 @@ int Version() {
     return 0;
 }
 
-// Starts the library; prints what was found and gives the status.
-TvkError_t Start() {
-    TvkError_t status = TvkStartup();
-    if (status != TvkErrorSuccess)
-        fprintf(stderr, "start-up: %s (%d)\n", ErrorText(status), status);
-    return status;
+void PrintProducers() {
+    const std::vector<tool::tProducer> producers = tool::LoadedProducers();
+    printf("%zu producer(s) loaded\n", producers.size());
+    for (const tool::tProducer& producer : producers) {
+        printf("  %s\n", producer.path.c_str());
+        for (const auto& [label, value] : producer.info)
+            printf("    %-16s %s\n", label.c_str(), value.c_str());
+    }
 }
 
-// Prints why a list call failed; true when it succeeded.
-bool Listed(const char* aWhat, TvkError_t aStatus) {
-    if (aStatus == TvkErrorSuccess) return true;
-    printf("%s: %s (%d)\n", aWhat, ErrorText(aStatus), aStatus);
-    return false;
-}
-
-int List() {
-    if (Start() != TvkErrorSuccess) return 1;
-    uint32_t count = 0;
-    if (Listed("interfaces", TvkInterfacesList(nullptr, 0, &count, sizeof(TvkInterfaceInfo_t)))) {
-        std::vector<TvkInterfaceInfo_t> interfaces(count);
-        if (count) TvkInterfacesList(interfaces.data(), count, &count, sizeof(TvkInterfaceInfo_t));
-        printf("%u interface(s)\n", count);
-        for (uint32_t i = 0; i < count; ++i)
-            printf("  %s  %s\n", interfaces[i].idString, interfaces[i].name);
-    }
-    count = 0;
-    if (Listed("cameras", TvkCamerasList(nullptr, 0, &count, sizeof(TvkCameraInfo_t)))) {
-        std::vector<TvkCameraInfo_t> cameras(count);
-        if (count) TvkCamerasList(cameras.data(), count, &count, sizeof(TvkCameraInfo_t));
-        printf("%u camera(s)\n", count);
-        for (uint32_t i = 0; i < count; ++i)
-            printf("  %s  %s %s (serial %s) on %s\n", cameras[i].idString, cameras[i].name,
-                   cameras[i].model, cameras[i].serialNumber, cameras[i].interfaceID);
-    }
-    TvkShutdown();
+int Producers() {
+    uStarted started;
+    if (!started.Ok()) return 1;
+    PrintProducers();
     return 0;
 }
 
+// What works today, end to end: start-up finds and loads the producers, each
+// tells about its transport layer, and shutdown unloads them again.
 int Demo() {
     Version();
-    printf("starting up...\n");
-    TvkError_t status = TvkStartup();
-    printf("TvkStartup: %s (%d)\n", ErrorText(status), status);
-    if (status == TvkErrorSuccess) {
-        TvkShutdown();
-        return List();
+    printf("Starting up (producers are searched in the current directory and in "
+           "GENICAM_GENTL64_PATH)...\n");
+    {
+        uStarted started;
+        if (!started.Ok()) return 1;
+        PrintProducers();
+        printf("Shutting down...\n");
     }
+    printf("Done. Cameras, features and frame capture come with the next releases.\n");
     return 0;
 }
 
-void Usage() {
-    puts("usage: tavik <command>\n"
-         "  version   print the library version\n"
-         "  list      list interfaces and cameras\n"
-         "  demo      version, start-up and what it found");
+struct tCommand {
+    const char* name;
+    const char* help;
+    int (*run)();
+};
+
+constexpr tCommand kCommands[] = {
+    {"version", "print the library version", &Version},
+    {"producers", "start up and show the producers found and their transport layers", &Producers},
+    {"demo", "version, start-up, producers and shutdown", &Demo},
+};
+
+int Usage() {
+    puts("usage: tavik <command>");
+    for (const tCommand& command : kCommands)
+        printf("  %-10s %s\n", command.name, command.help);
+    return 2;
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc < 2) {
-        Usage();
-        return 2;
-    }
-    std::string command = argv[1];
-    if (command == "version") return Version();
-    if (command == "list") return List();
-    if (command == "demo") return Demo();
-    Usage();
-    return 2;
+    if (argc < 2) return Usage();
+    for (const tCommand& command : kCommands)
+        if (strcmp(argv[1], command.name) == 0) return command.run();
+    return Usage();
 }
