@@ -5,7 +5,9 @@
 #include <iterator>
 
 #include "FrameGenerator.h"
+#include "Info.h"
 #include "Stream.h"
+#include "Transport.h"
 #include "Zip.h"
 
 namespace sim {
@@ -62,6 +64,36 @@ std::string Device::Url() const {
     snprintf(url, sizeof(url), "Local:%s;%llx;%x", mConfig.zipped ? "TavikSim.zip" : "TavikSim.xml",
              static_cast<unsigned long long>(mReportedAddress), mReportedSize);
     return url;
+}
+
+GC_ERROR Device::Info(DEVICE_INFO_CMD aCommand, INFO_DATATYPE* aType, void* aBuffer,
+                      size_t* aSize) {
+    const tCameraConfig& c = mConfig;
+    switch (aCommand) {
+    case DEVICE_INFO_ID:
+        return ReplyText(c.id, aType, aBuffer, aSize);
+    case DEVICE_INFO_VENDOR:
+        return ReplyText(c.vendor, aType, aBuffer, aSize);
+    case DEVICE_INFO_MODEL:
+        return ReplyText(c.model, aType, aBuffer, aSize);
+    case DEVICE_INFO_TLTYPE:
+        return ReplyText(mParent->Config().type, aType, aBuffer, aSize);
+    case DEVICE_INFO_DISPLAYNAME:
+        return ReplyText(c.vendor + " " + c.model + " (" + c.serial + ")", aType, aBuffer, aSize);
+    case DEVICE_INFO_ACCESS_STATUS:
+        return ReplyValue(INFO_DATATYPE_INT32, AccessStatus(), aType, aBuffer, aSize);
+    case DEVICE_INFO_USER_DEFINED_NAME:
+        return ReplyText("", aType, aBuffer, aSize);
+    case DEVICE_INFO_SERIAL_NUMBER:
+    case DEVICE_INFO_SERIAL_QRX:
+        return ReplyText(c.serial, aType, aBuffer, aSize);
+    case DEVICE_INFO_VERSION:
+        return ReplyText(c.version, aType, aBuffer, aSize);
+    case DEVICE_INFO_TIMESTAMP_FREQUENCY:
+        return ReplyValue(INFO_DATATYPE_UINT64, uint64_t{1000000000}, aType, aBuffer, aSize);
+    default:
+        return GC_ERR_NOT_IMPLEMENTED;
+    }
 }
 
 void Device::ReportDocument(uint64_t aAddress, uint32_t aSize) {

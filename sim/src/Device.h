@@ -39,6 +39,7 @@ public:
     const tCameraConfig& Config() const { return mConfig; }
     Interface* Parent() const { return mParent; }
     std::string Url() const;
+    GC_ERROR Info(DEVICE_INFO_CMD aCommand, INFO_DATATYPE* aType, void* aBuffer, size_t* aSize);
 
     // Port access; the register space is kept below 4 GiB.
     GC_ERROR Read(uint64_t aAddress, void* aBuffer, size_t* aSize);

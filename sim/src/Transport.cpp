@@ -1,8 +1,29 @@
 #include "Transport.h"
 
+#include "Info.h"
 #include "Stream.h"
 
 namespace sim {
+
+void Listing::Update(std::vector<std::string> aNow, bool8_t* aChanged) {
+    std::lock_guard<std::mutex> hold(mLock);
+    if (aChanged) *aChanged = aNow != mIds;
+    mIds = std::move(aNow);
+}
+
+GC_ERROR Listing::Count(uint32_t* aCount) {
+    if (!aCount) return GC_ERR_INVALID_PARAMETER;
+    std::lock_guard<std::mutex> hold(mLock);
+    *aCount = static_cast<uint32_t>(mIds.size());
+    return GC_ERR_SUCCESS;
+}
+
+GC_ERROR Listing::At(uint32_t aIndex, std::string& aId) {
+    std::lock_guard<std::mutex> hold(mLock);
+    if (aIndex >= mIds.size()) return GC_ERR_INVALID_INDEX;
+    aId = mIds[aIndex];
+    return GC_ERR_SUCCESS;
+}
 
 Interface::Interface(const tInterfaceConfig& aConfig)
     : mConfig(aConfig), mDeviceListChanged(EVENT_DEVICE_LIST_CHANGED_QRX, this, 512) {
@@ -15,6 +36,22 @@ std::vector<Device*> Interface::Visible() {
     for (auto& device : mDevices)
         if (device->Plugged()) visible.push_back(device.get());
     return visible;
+}
+
+GC_ERROR Interface::Info(INTERFACE_INFO_CMD aCommand, INFO_DATATYPE* aType, void* aBuffer,
+                         size_t* aSize) {
+    switch (aCommand) {
+    case INTERFACE_INFO_ID:
+        return ReplyText(mConfig.id, aType, aBuffer, aSize);
+    case INTERFACE_INFO_DISPLAYNAME:
+        return ReplyText(mConfig.name, aType, aBuffer, aSize);
+    case INTERFACE_INFO_TLTYPE:
+        return ReplyText(mConfig.type, aType, aBuffer, aSize);
+    case INTERFACE_INFO_SERIAL_QRX:
+        return ReplyText(mConfig.serial, aType, aBuffer, aSize);
+    default:
+        return GC_ERR_NOT_IMPLEMENTED;
+    }
 }
 
 Device* Interface::Find(const std::string& aId) {

@@ -15,10 +15,25 @@
 
 namespace sim {
 
+// The identifiers a consumer saw at its last list update: count and index
+// calls answer from it, not from the live topology.
+class Listing {
+public:
+    // Takes the new list; aChanged (may be null) says whether it differs.
+    void Update(std::vector<std::string> aNow, bool8_t* aChanged);
+    GC_ERROR Count(uint32_t* aCount);
+    GC_ERROR At(uint32_t aIndex, std::string& aId);
+
+private:
+    std::mutex mLock;
+    std::vector<std::string> mIds;
+};
+
 class Interface {
 public:
     explicit Interface(const tInterfaceConfig& aConfig);
     const tInterfaceConfig& Config() const { return mConfig; }
+    GC_ERROR Info(INTERFACE_INFO_CMD aCommand, INFO_DATATYPE* aType, void* aBuffer, size_t* aSize);
     // Plugged cameras, in the order they were configured.
     std::vector<Device*> Visible();
     Device* Find(const std::string& aId);
@@ -26,8 +41,7 @@ public:
     bool IsOpen() const { return mOpen; }
     void SetOpen(bool aOpen) { mOpen = aOpen; }
     Event* DeviceListChanged() { return &mDeviceListChanged; }
-    // The list the consumer sees, taken at its last update.
-    std::vector<std::string> listed;
+    Listing listed;
 
 private:
     tInterfaceConfig mConfig;
@@ -44,7 +58,7 @@ public:
     Interface* Find(const std::string& aId);
     Device* FindDevice(const std::string& aId);
     Event* InterfaceListChanged() { return &mInterfaceListChanged; }
-    std::vector<std::string> listed;
+    Listing listed;
 
 private:
     tTopology mTopology;

@@ -1,0 +1,85 @@
+// The interface module.
+#include "Entry.h"
+
+using namespace sim;
+
+extern "C" {
+
+GC_API IFClose(IF_HANDLE hIface) {
+    ENTER("IFClose");
+    CHECK(hIface, tKind::kInterface);
+    auto* interface = static_cast<Interface*>(hIface);
+    interface->SetOpen(false);
+    Producer().handles.Remove(interface);
+    return GC_ERR_SUCCESS;
+}
+
+GC_API IFGetInfo(IF_HANDLE hIface, INTERFACE_INFO_CMD iInfoCmd, INFO_DATATYPE* piType,
+                 void* pBuffer, size_t* piSize) {
+    ENTER("IFGetInfo");
+    CHECK(hIface, tKind::kInterface);
+    return static_cast<Interface*>(hIface)->Info(iInfoCmd, piType, pBuffer, piSize);
+}
+
+GC_API IFUpdateDeviceList(IF_HANDLE hIface, bool8_t* pbChanged, uint64_t iTimeout) {
+    (void)iTimeout;
+    ENTER("IFUpdateDeviceList");
+    CHECK(hIface, tKind::kInterface);
+    auto* interface = static_cast<Interface*>(hIface);
+    std::vector<std::string> now;
+    for (Device* device : interface->Visible())
+        now.push_back(device->Config().id);
+    interface->listed.Update(std::move(now), pbChanged);
+    return GC_ERR_SUCCESS;
+}
+
+GC_API IFGetNumDevices(IF_HANDLE hIface, uint32_t* piNumDevices) {
+    ENTER("IFGetNumDevices");
+    CHECK(hIface, tKind::kInterface);
+    return static_cast<Interface*>(hIface)->listed.Count(piNumDevices);
+}
+
+GC_API IFGetDeviceID(IF_HANDLE hIface, uint32_t iIndex, char* sIDeviceID, size_t* piSize) {
+    ENTER("IFGetDeviceID");
+    CHECK(hIface, tKind::kInterface);
+    std::string id;
+    GC_ERROR status = static_cast<Interface*>(hIface)->listed.At(iIndex, id);
+    return status != GC_ERR_SUCCESS ? status : CopyText(id, sIDeviceID, piSize);
+}
+
+GC_API IFGetDeviceInfo(IF_HANDLE hIface, const char* sDeviceID, DEVICE_INFO_CMD iInfoCmd,
+                       INFO_DATATYPE* piType, void* pBuffer, size_t* piSize) {
+    ENTER("IFGetDeviceInfo");
+    CHECK(hIface, tKind::kInterface);
+    if (!sDeviceID) return GC_ERR_INVALID_PARAMETER;
+    Device* device = static_cast<Interface*>(hIface)->Find(sDeviceID);
+    if (!device || !device->Plugged()) return Fail(GC_ERR_INVALID_ID, "unknown device");
+    return device->Info(iInfoCmd, piType, pBuffer, piSize);
+}
+
+GC_API IFOpenDevice(IF_HANDLE hIface, const char* sDeviceID, DEVICE_ACCESS_FLAGS iOpenFlags,
+                    DEV_HANDLE* phDevice) {
+    ENTER("IFOpenDevice");
+    CHECK(hIface, tKind::kInterface);
+    if (!sDeviceID || !phDevice) return GC_ERR_INVALID_PARAMETER;
+    Device* device = static_cast<Interface*>(hIface)->Find(sDeviceID);
+    if (!device || !device->Plugged()) return Fail(GC_ERR_INVALID_ID, "unknown device");
+    int32_t access = device->Config().access;
+    if (access == DEVICE_ACCESS_STATUS_NOACCESS || access == DEVICE_ACCESS_STATUS_BUSY)
+        return Fail(GC_ERR_ACCESS_DENIED, "device not accessible");
+    if (access == DEVICE_ACCESS_STATUS_READONLY && iOpenFlags != DEVICE_ACCESS_READONLY)
+        return Fail(GC_ERR_ACCESS_DENIED, "device is read-only");
+    if (!device->Open(iOpenFlags)) return Fail(GC_ERR_RESOURCE_IN_USE, "device already open");
+    tProducer& p = Producer();
+    {
+        std::lock_guard<std::mutex> hold(p.lock);
+        auto& port = p.ports[device];
+        if (!port) port = std::make_unique<tPort>(tPort{device});
+        p.handles.Add(port.get(), tKind::kPort);
+    }
+    p.handles.Add(device, tKind::kDevice);
+    *phDevice = device;
+    return GC_ERR_SUCCESS;
+}
+
+} // extern "C"
