@@ -361,6 +361,51 @@ GC_ERROR Stream::Bundle(BUFFER_HANDLE aHandle, S_BUFFER_INFO_BUNDLE* aBundle) {
     return BufferInfo(aHandle, BUFFER_INFO_BUNDLE_QRX, nullptr, aBundle, &size);
 }
 
+GC_ERROR Stream::PartCount(BUFFER_HANDLE aHandle, uint32_t* aCount) {
+    if (!aCount) return GC_ERR_INVALID_PARAMETER;
+    std::lock_guard<std::mutex> hold(mLock);
+    if (!Find(aHandle)) return GC_ERR_INVALID_HANDLE;
+    *aCount = 1;
+    return GC_ERR_SUCCESS;
+}
+
+GC_ERROR Stream::PartInfo(BUFFER_HANDLE aHandle, uint32_t aIndex, int32_t aCommand,
+                          INFO_DATATYPE* aType, void* aBuffer, size_t* aSize) {
+    std::lock_guard<std::mutex> hold(mLock);
+    Buffer* b = Find(aHandle);
+    if (!b) return GC_ERR_INVALID_HANDLE;
+    if (aIndex != 0) return GC_ERR_INVALID_INDEX;
+    switch (aCommand) {
+    case BUFFER_PART_INFO_BASE:
+        return ReplyValue(INFO_DATATYPE_PTR, static_cast<void*>(b->base), aType, aBuffer, aSize);
+    case BUFFER_PART_INFO_DATA_SIZE:
+        return ReplyValue(INFO_DATATYPE_SIZET, b->imageSize, aType, aBuffer, aSize);
+    case BUFFER_PART_INFO_DATA_TYPE:
+        return ReplyValue(INFO_DATATYPE_SIZET, size_t{PART_DATATYPE_2D_IMAGE}, aType, aBuffer,
+                          aSize);
+    case BUFFER_PART_INFO_DATA_FORMAT:
+        return ReplyValue(INFO_DATATYPE_UINT64, uint64_t{b->pixelFormat}, aType, aBuffer, aSize);
+    case BUFFER_PART_INFO_DATA_FORMAT_NAMESPACE:
+        return ReplyValue(INFO_DATATYPE_UINT64, uint64_t{PIXELFORMAT_NAMESPACE_PFNC_32BIT}, aType,
+                          aBuffer, aSize);
+    case BUFFER_PART_INFO_WIDTH:
+        return ReplyValue(INFO_DATATYPE_SIZET, size_t{b->width}, aType, aBuffer, aSize);
+    case BUFFER_PART_INFO_HEIGHT:
+    case BUFFER_PART_INFO_DELIVERED_IMAGEHEIGHT:
+        return ReplyValue(INFO_DATATYPE_SIZET, size_t{b->height}, aType, aBuffer, aSize);
+    case BUFFER_PART_INFO_XOFFSET:
+        return ReplyValue(INFO_DATATYPE_SIZET, size_t{b->offsetX}, aType, aBuffer, aSize);
+    case BUFFER_PART_INFO_YOFFSET:
+        return ReplyValue(INFO_DATATYPE_SIZET, size_t{b->offsetY}, aType, aBuffer, aSize);
+    case BUFFER_PART_INFO_XPADDING:
+        return ReplyValue(INFO_DATATYPE_SIZET, size_t{0}, aType, aBuffer, aSize);
+    case BUFFER_PART_INFO_SOURCE_ID:
+        return ReplyValue(INFO_DATATYPE_UINT64, uint64_t{0}, aType, aBuffer, aSize);
+    default:
+        return GC_ERR_NOT_IMPLEMENTED;
+    }
+}
+
 GC_ERROR Stream::Chunks(BUFFER_HANDLE aHandle, SINGLE_CHUNK_DATA* aChunks, size_t* aCount) {
     if (!aCount) return GC_ERR_INVALID_PARAMETER;
     std::lock_guard<std::mutex> hold(mLock);

@@ -56,6 +56,10 @@ public:
     GC_ERROR BufferInfo(BUFFER_HANDLE aHandle, int32_t aCommand, INFO_DATATYPE* aType,
                         void* aBuffer, size_t* aSize);
     GC_ERROR Bundle(BUFFER_HANDLE aHandle, S_BUFFER_INFO_BUNDLE* aBundle);
+    // Every buffer holds one part: the image.
+    GC_ERROR PartCount(BUFFER_HANDLE aHandle, uint32_t* aCount);
+    GC_ERROR PartInfo(BUFFER_HANDLE aHandle, uint32_t aIndex, int32_t aCommand,
+                      INFO_DATATYPE* aType, void* aBuffer, size_t* aSize);
     GC_ERROR Chunks(BUFFER_HANDLE aHandle, SINGLE_CHUNK_DATA* aChunks, size_t* aCount);
     GC_ERROR BufferAt(uint32_t aIndex, BUFFER_HANDLE* aHandle);
     bool Owns(BUFFER_HANDLE aHandle);

@@ -25,8 +25,9 @@ GC_ERROR Listing::At(uint32_t aIndex, std::string& aId) {
     return GC_ERR_SUCCESS;
 }
 
-Interface::Interface(const tInterfaceConfig& aConfig)
-    : mConfig(aConfig), mDeviceListChanged(EVENT_DEVICE_LIST_CHANGED_QRX, this, 512) {
+Interface::Interface(System* aParent, const tInterfaceConfig& aConfig)
+    : mParent(aParent), mConfig(aConfig),
+      mDeviceListChanged(EVENT_DEVICE_LIST_CHANGED_QRX, this, 512) {
     for (const tCameraConfig& camera : aConfig.cameras)
         mDevices.push_back(std::make_unique<Device>(this, camera));
 }
@@ -63,7 +64,7 @@ Device* Interface::Find(const std::string& aId) {
 System::System(const tTopology& aTopology)
     : mTopology(aTopology), mInterfaceListChanged(EVENT_INTERFACE_LIST_CHANGED_QRX, this, 512) {
     for (const tInterfaceConfig& interface : aTopology.interfaces)
-        mInterfaces.push_back(std::make_unique<Interface>(interface));
+        mInterfaces.push_back(std::make_unique<Interface>(this, interface));
 }
 
 Interface* System::Find(const std::string& aId) {

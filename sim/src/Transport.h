@@ -29,9 +29,12 @@ private:
     std::vector<std::string> mIds;
 };
 
+class System;
+
 class Interface {
 public:
-    explicit Interface(const tInterfaceConfig& aConfig);
+    Interface(System* aParent, const tInterfaceConfig& aConfig);
+    System* Parent() const { return mParent; }
     const tInterfaceConfig& Config() const { return mConfig; }
     GC_ERROR Info(INTERFACE_INFO_CMD aCommand, INFO_DATATYPE* aType, void* aBuffer, size_t* aSize);
     // Plugged cameras, in the order they were configured.
@@ -44,6 +47,7 @@ public:
     Listing listed;
 
 private:
+    System* mParent;
     tInterfaceConfig mConfig;
     std::vector<std::unique_ptr<Device>> mDevices;
     bool mOpen = false;

@@ -1,5 +1,7 @@
 // A minimal GenTL consumer that uses only standard calls, resolved by name
-// from a loaded producer: what any third-party consumer would do.
+// from a loaded producer: what any third-party consumer would do. Like many
+// consumers it binds every entry point of the version it speaks (1.5), and
+// says which it could not find.
 #pragma once
 
 #include <dlfcn.h>
@@ -13,93 +15,40 @@ namespace test {
 
 using namespace GenICam::Client;
 
+// The entry points of GenTL 1.5: those of 1.0, then 1.1, 1.3, 1.4 and 1.5.
+#define TAVIK_GENTL_15_ENTRIES(X)                                                                  \
+    X(GCGetInfo)                                                                                   \
+    X(GCGetLastError) X(GCInitLib) X(GCCloseLib) X(GCReadPort) X(GCWritePort) X(GCGetPortURL) X(   \
+        GCGetPortInfo) X(GCRegisterEvent) X(GCUnregisterEvent) X(EventGetData) X(EventGetDataInfo) \
+        X(EventGetInfo) X(EventFlush) X(EventKill) X(TLOpen) X(TLClose) X(TLGetInfo)               \
+            X(TLGetNumInterfaces) X(TLGetInterfaceID) X(TLGetInterfaceInfo) X(TLOpenInterface)     \
+                X(TLUpdateInterfaceList) X(IFClose) X(IFGetInfo) X(IFGetNumDevices)                \
+                    X(IFGetDeviceID) X(IFUpdateDeviceList) X(IFGetDeviceInfo) X(IFOpenDevice)      \
+                        X(DevGetPort) X(DevGetNumDataStreams) X(DevGetDataStreamID)                \
+                            X(DevOpenDataStream) X(DevGetInfo) X(DevClose) X(DSAnnounceBuffer)     \
+                                X(DSAllocAndAnnounceBuffer) X(DSFlushQueue) X(DSStartAcquisition)  \
+                                    X(DSStopAcquisition) X(DSGetInfo) X(DSGetBufferID) X(DSClose)  \
+                                        X(DSRevokeBuffer) X(DSQueueBuffer) X(DSGetBufferInfo)      \
+                                            X(GCGetNumPortURLs) X(GCGetPortURLInfo)                \
+                                                X(GCReadPortStacked) X(GCWritePortStacked)         \
+                                                    X(DSGetBufferChunkData) X(IFGetParentTL)       \
+                                                        X(DevGetParentIF) X(DSGetParentDev)        \
+                                                            X(DSGetNumBufferParts)                 \
+                                                                X(DSGetBufferPartInfo)
+
 struct GenTL {
 #define TAVIK_GENTL_ENTRY(name) decltype(&::GenICam::Client::name) name = nullptr;
-    TAVIK_GENTL_ENTRY(GCInitLib)
-    TAVIK_GENTL_ENTRY(GCCloseLib)
-    TAVIK_GENTL_ENTRY(GCGetInfo)
-    TAVIK_GENTL_ENTRY(TLOpen)
-    TAVIK_GENTL_ENTRY(TLClose)
-    TAVIK_GENTL_ENTRY(TLUpdateInterfaceList)
-    TAVIK_GENTL_ENTRY(TLGetNumInterfaces)
-    TAVIK_GENTL_ENTRY(TLGetInterfaceID)
-    TAVIK_GENTL_ENTRY(TLGetInterfaceInfo)
-    TAVIK_GENTL_ENTRY(TLOpenInterface)
-    TAVIK_GENTL_ENTRY(IFClose)
-    TAVIK_GENTL_ENTRY(IFUpdateDeviceList)
-    TAVIK_GENTL_ENTRY(IFGetNumDevices)
-    TAVIK_GENTL_ENTRY(IFGetDeviceID)
-    TAVIK_GENTL_ENTRY(IFGetDeviceInfo)
-    TAVIK_GENTL_ENTRY(IFOpenDevice)
-    TAVIK_GENTL_ENTRY(DevGetPort)
-    TAVIK_GENTL_ENTRY(DevClose)
-    TAVIK_GENTL_ENTRY(DevGetDataStreamID)
-    TAVIK_GENTL_ENTRY(DevOpenDataStream)
-    TAVIK_GENTL_ENTRY(GCReadPort)
-    TAVIK_GENTL_ENTRY(GCWritePort)
-    TAVIK_GENTL_ENTRY(GCGetPortURL)
-    TAVIK_GENTL_ENTRY(GCGetPortURLInfo)
-    TAVIK_GENTL_ENTRY(GCRegisterEvent)
-    TAVIK_GENTL_ENTRY(GCUnregisterEvent)
-    TAVIK_GENTL_ENTRY(EventGetData)
-    TAVIK_GENTL_ENTRY(EventGetDataInfo)
-    TAVIK_GENTL_ENTRY(EventKill)
-    TAVIK_GENTL_ENTRY(DSAnnounceBuffer)
-    TAVIK_GENTL_ENTRY(DSRevokeBuffer)
-    TAVIK_GENTL_ENTRY(DSQueueBuffer)
-    TAVIK_GENTL_ENTRY(DSStartAcquisition)
-    TAVIK_GENTL_ENTRY(DSStopAcquisition)
-    TAVIK_GENTL_ENTRY(DSGetInfo)
-    TAVIK_GENTL_ENTRY(DSGetBufferInfo)
-    TAVIK_GENTL_ENTRY(DSGetBufferChunkData)
-    TAVIK_GENTL_ENTRY(DSFlushQueue)
-    TAVIK_GENTL_ENTRY(DSClose)
+    TAVIK_GENTL_15_ENTRIES(TAVIK_GENTL_ENTRY)
 #undef TAVIK_GENTL_ENTRY
 
-    // Loads the producer and resolves every entry point above.
+    // Loads the producer and resolves every entry point; missing ones are listed.
     explicit GenTL(const char* aPath) {
         library = dlopen(aPath, RTLD_NOW | RTLD_LOCAL);
         if (!library) return;
-#define TAVIK_GENTL_RESOLVE(name) name = reinterpret_cast<decltype(name)>(dlsym(library, #name));
-        TAVIK_GENTL_RESOLVE(GCInitLib)
-        TAVIK_GENTL_RESOLVE(GCCloseLib)
-        TAVIK_GENTL_RESOLVE(GCGetInfo)
-        TAVIK_GENTL_RESOLVE(TLOpen)
-        TAVIK_GENTL_RESOLVE(TLClose)
-        TAVIK_GENTL_RESOLVE(TLUpdateInterfaceList)
-        TAVIK_GENTL_RESOLVE(TLGetNumInterfaces)
-        TAVIK_GENTL_RESOLVE(TLGetInterfaceID)
-        TAVIK_GENTL_RESOLVE(TLGetInterfaceInfo)
-        TAVIK_GENTL_RESOLVE(TLOpenInterface)
-        TAVIK_GENTL_RESOLVE(IFClose)
-        TAVIK_GENTL_RESOLVE(IFUpdateDeviceList)
-        TAVIK_GENTL_RESOLVE(IFGetNumDevices)
-        TAVIK_GENTL_RESOLVE(IFGetDeviceID)
-        TAVIK_GENTL_RESOLVE(IFGetDeviceInfo)
-        TAVIK_GENTL_RESOLVE(IFOpenDevice)
-        TAVIK_GENTL_RESOLVE(DevGetPort)
-        TAVIK_GENTL_RESOLVE(DevClose)
-        TAVIK_GENTL_RESOLVE(DevGetDataStreamID)
-        TAVIK_GENTL_RESOLVE(DevOpenDataStream)
-        TAVIK_GENTL_RESOLVE(GCReadPort)
-        TAVIK_GENTL_RESOLVE(GCWritePort)
-        TAVIK_GENTL_RESOLVE(GCGetPortURL)
-        TAVIK_GENTL_RESOLVE(GCGetPortURLInfo)
-        TAVIK_GENTL_RESOLVE(GCRegisterEvent)
-        TAVIK_GENTL_RESOLVE(GCUnregisterEvent)
-        TAVIK_GENTL_RESOLVE(EventGetData)
-        TAVIK_GENTL_RESOLVE(EventGetDataInfo)
-        TAVIK_GENTL_RESOLVE(EventKill)
-        TAVIK_GENTL_RESOLVE(DSAnnounceBuffer)
-        TAVIK_GENTL_RESOLVE(DSRevokeBuffer)
-        TAVIK_GENTL_RESOLVE(DSQueueBuffer)
-        TAVIK_GENTL_RESOLVE(DSStartAcquisition)
-        TAVIK_GENTL_RESOLVE(DSStopAcquisition)
-        TAVIK_GENTL_RESOLVE(DSGetInfo)
-        TAVIK_GENTL_RESOLVE(DSGetBufferInfo)
-        TAVIK_GENTL_RESOLVE(DSGetBufferChunkData)
-        TAVIK_GENTL_RESOLVE(DSFlushQueue)
-        TAVIK_GENTL_RESOLVE(DSClose)
+#define TAVIK_GENTL_RESOLVE(name)                                                                  \
+    name = reinterpret_cast<decltype(name)>(dlsym(library, #name));                                \
+    if (!name) missing.push_back(#name);
+        TAVIK_GENTL_15_ENTRIES(TAVIK_GENTL_RESOLVE)
 #undef TAVIK_GENTL_RESOLVE
     }
     ~GenTL() {
@@ -120,6 +69,7 @@ struct GenTL {
     }
 
     void* library = nullptr;
+    std::vector<std::string> missing;
 };
 
 } // namespace test

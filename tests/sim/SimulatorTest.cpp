@@ -14,97 +14,11 @@
 #include <thread>
 #include <vector>
 
-#include "GenTLConsumer.h"
-#include "TavikSimControl.h"
+#include "SimFixture.h"
 
 using namespace test;
 
 namespace {
-
-class SimulatorTest : public ::testing::Test {
-protected:
-    void SetUp() override {
-        unsetenv("TAVIK_SIM_CONFIG");
-        mGenTL = std::make_unique<GenTL>(TAVIK_SIM_PRODUCER);
-        ASSERT_NE(mGenTL->library, nullptr) << dlerror();
-        ASSERT_EQ(mGenTL->GCInitLib(), GC_ERR_SUCCESS);
-        ASSERT_EQ(mGenTL->TLOpen(&mTL), GC_ERR_SUCCESS);
-    }
-    void TearDown() override {
-        if (mDevice) mGenTL->DevClose(mDevice);
-        if (mTL) mGenTL->TLClose(mTL);
-        mGenTL->GCCloseLib();
-        mGenTL.reset();
-    }
-
-    std::vector<std::string> InterfaceIds() {
-        bool8_t changed = 0;
-        EXPECT_EQ(mGenTL->TLUpdateInterfaceList(mTL, &changed, 100), GC_ERR_SUCCESS);
-        uint32_t count = 0;
-        mGenTL->TLGetNumInterfaces(mTL, &count);
-        std::vector<std::string> ids;
-        for (uint32_t i = 0; i < count; ++i)
-            ids.push_back(mGenTL->Text(
-                [&](char* b, size_t* s) { return mGenTL->TLGetInterfaceID(mTL, i, b, s); }));
-        return ids;
-    }
-
-    std::vector<std::string> DeviceIds(IF_HANDLE aInterface) {
-        EXPECT_EQ(mGenTL->IFUpdateDeviceList(aInterface, nullptr, 100), GC_ERR_SUCCESS);
-        uint32_t count = 0;
-        mGenTL->IFGetNumDevices(aInterface, &count);
-        std::vector<std::string> ids;
-        for (uint32_t i = 0; i < count; ++i)
-            ids.push_back(mGenTL->Text(
-                [&](char* b, size_t* s) { return mGenTL->IFGetDeviceID(aInterface, i, b, s); }));
-        return ids;
-    }
-
-    // Opens the first camera of the first interface.
-    void OpenFirstCamera() {
-        std::vector<std::string> interfaces = InterfaceIds();
-        ASSERT_FALSE(interfaces.empty());
-        ASSERT_EQ(mGenTL->TLOpenInterface(mTL, interfaces[0].c_str(), &mInterface), GC_ERR_SUCCESS);
-        std::vector<std::string> devices = DeviceIds(mInterface);
-        ASSERT_FALSE(devices.empty());
-        ASSERT_EQ(
-            mGenTL->IFOpenDevice(mInterface, devices[0].c_str(), DEVICE_ACCESS_CONTROL, &mDevice),
-            GC_ERR_SUCCESS);
-        ASSERT_EQ(mGenTL->DevGetPort(mDevice, &mPort), GC_ERR_SUCCESS);
-    }
-
-    uint32_t ReadU32(uint64_t aAddress) {
-        uint32_t value = 0;
-        size_t size = 4;
-        EXPECT_EQ(mGenTL->GCReadPort(mPort, aAddress, &value, &size), GC_ERR_SUCCESS);
-        return value;
-    }
-    void WriteU32(uint64_t aAddress, uint32_t aValue) {
-        size_t size = 4;
-        EXPECT_EQ(mGenTL->GCWritePort(mPort, aAddress, &aValue, &size), GC_ERR_SUCCESS);
-    }
-
-    // The document the port's URL names, read from the register space.
-    std::vector<uint8_t> FetchDocument(std::string* aName = nullptr) {
-        std::string url =
-            mGenTL->Text([&](char* b, size_t* s) { return mGenTL->GCGetPortURL(mPort, b, s); });
-        // "Local:<name>;<hex address>;<hex length>"
-        EXPECT_EQ(url.rfind("Local:", 0), 0u) << url;
-        size_t first = url.find(';'), second = url.find(';', first + 1);
-        if (aName) *aName = url.substr(6, first - 6);
-        uint64_t address = strtoull(url.substr(first + 1, second - first - 1).c_str(), nullptr, 16);
-        size_t length = strtoull(url.substr(second + 1).c_str(), nullptr, 16);
-        std::vector<uint8_t> document(length);
-        EXPECT_EQ(mGenTL->GCReadPort(mPort, address, document.data(), &length), GC_ERR_SUCCESS);
-        return document;
-    }
-
-    std::unique_ptr<GenTL> mGenTL;
-    TL_HANDLE mTL = nullptr;
-    IF_HANDLE mInterface = nullptr;
-    DEV_HANDLE mDevice = nullptr;
-    PORT_HANDLE mPort = nullptr;
-};
 
 TEST_F(SimulatorTest, DefaultTopologyHasTwoKindsOfInterfaceAndThreeCameras) {
     std::string type = mGenTL->Text([&](char* b, size_t* s) {
@@ -441,26 +355,6 @@ TEST(SimulatorConfigTest, ConfigurationNamesTopologyFormatsAndZippedDocuments) {
     }
     unsetenv("TAVIK_SIM_CONFIG");
     fs::remove_all(dir);
-}
-
-TEST(SimulatorVariantsTest, EachVariantLacksWhatItsNameSays) {
-    auto has = [](const char* aFile, const char* aSymbol) {
-        void* library =
-            dlopen((std::string(TAVIK_SIM_VARIANTS) + "/" + aFile).c_str(), RTLD_NOW | RTLD_LOCAL);
-        if (!library) return false;
-        bool found = dlsym(library, aSymbol) != nullptr;
-        dlclose(library);
-        return found;
-    };
-    EXPECT_FALSE(has("TavikSimStandard.cti", "GCInitLibEx"));
-    EXPECT_FALSE(has("TavikSimStandard.cti", "UnionCreate"));
-    EXPECT_TRUE(has("TavikSimStandard.cti", "GCInitLib"));
-    EXPECT_FALSE(has("TavikSimNoPort.cti", "DevGetPort"));
-    EXPECT_FALSE(has("TavikSimNoOpen.cti", "TLOpen"));
-    EXPECT_TRUE(has("TavikSimNoCloseLib.cti", "TLClose"));
-    EXPECT_FALSE(has("TavikSimNoCloseLib.cti", "GCCloseLib"));
-    EXPECT_FALSE(has("TavikSimNoChunks.cti", "DSGetBufferChunkData"));
-    EXPECT_TRUE(has("TavikSimNoChunks.cti", "DSGetBufferInfo"));
 }
 
 } // namespace

@@ -75,6 +75,14 @@ GC_API DevGetInfo(DEV_HANDLE hDevice, DEVICE_INFO_CMD iInfoCmd, INFO_DATATYPE* p
     return static_cast<Device*>(hDevice)->Info(iInfoCmd, piType, pBuffer, piSize);
 }
 
+GC_API DevGetParentIF(DEV_HANDLE hDevice, IF_HANDLE* phIface) {
+    ENTER("DevGetParentIF");
+    CHECK(hDevice, tKind::kDevice);
+    if (!phIface) return GC_ERR_INVALID_PARAMETER;
+    *phIface = static_cast<Device*>(hDevice)->Parent();
+    return GC_ERR_SUCCESS;
+}
+
 GC_API DevClose(DEV_HANDLE hDevice) {
     ENTER("DevClose");
     CHECK(hDevice, tKind::kDevice);

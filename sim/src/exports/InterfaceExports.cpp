@@ -82,4 +82,12 @@ GC_API IFOpenDevice(IF_HANDLE hIface, const char* sDeviceID, DEVICE_ACCESS_FLAGS
     return GC_ERR_SUCCESS;
 }
 
+GC_API IFGetParentTL(IF_HANDLE hIface, TL_HANDLE* phSystem) {
+    ENTER("IFGetParentTL");
+    CHECK(hIface, tKind::kInterface);
+    if (!phSystem) return GC_ERR_INVALID_PARAMETER;
+    *phSystem = static_cast<Interface*>(hIface)->Parent();
+    return GC_ERR_SUCCESS;
+}
+
 } // extern "C"

@@ -91,6 +91,28 @@ GC_API DSGetBufferChunkData(DS_HANDLE hDataStream, BUFFER_HANDLE hBuffer,
 }
 #endif
 
+GC_API DSGetParentDev(DS_HANDLE hDataStream, DEV_HANDLE* phDevice) {
+    ENTER("DSGetParentDev");
+    STREAM(hDataStream);
+    if (!phDevice) return GC_ERR_INVALID_PARAMETER;
+    *phDevice = stream->Parent();
+    return GC_ERR_SUCCESS;
+}
+
+GC_API DSGetNumBufferParts(DS_HANDLE hDataStream, BUFFER_HANDLE hBuffer, uint32_t* piNumParts) {
+    ENTER("DSGetNumBufferParts");
+    STREAM(hDataStream);
+    return stream->PartCount(hBuffer, piNumParts);
+}
+
+GC_API DSGetBufferPartInfo(DS_HANDLE hDataStream, BUFFER_HANDLE hBuffer, uint32_t iPartIndex,
+                           BUFFER_PART_INFO_CMD iInfoCmd, INFO_DATATYPE* piType, void* pBuffer,
+                           size_t* piSize) {
+    ENTER("DSGetBufferPartInfo");
+    STREAM(hDataStream);
+    return stream->PartInfo(hBuffer, iPartIndex, iInfoCmd, piType, pBuffer, piSize);
+}
+
 GC_API DSClose(DS_HANDLE hDataStream) {
     ENTER("DSClose");
     STREAM(hDataStream);
