@@ -15,7 +15,7 @@ namespace sim {
 extern const char kDeviceDocument[]; // the built-in document, embedded at build time
 
 Device::Device(Interface* aParent, const tCameraConfig& aConfig)
-    : mParent(aParent), mConfig(aConfig), mSpace(reg::kSpaceSize, 0),
+    : mParent(aParent), mConfig(aConfig), mSpace(reg::kSpaceSize, 0), mPlugged(aConfig.plugged),
       mRemoteEvents(EVENT_REMOTE_DEVICE, this, 1024),
       mInvalidations(EVENT_FEATURE_INVALIDATE, this, 256) {
     std::vector<uint8_t> text;
@@ -59,7 +59,8 @@ void Device::Reset() {
     UpdatePayload();
 }
 
-std::string Device::Url() const {
+std::string Device::Url() {
+    std::lock_guard<std::mutex> hold(mLock);
     char url[128];
     snprintf(url, sizeof(url), "Local:%s;%llx;%x", mConfig.zipped ? "TavikSim.zip" : "TavikSim.xml",
              static_cast<unsigned long long>(mReportedAddress), mReportedSize);
@@ -97,8 +98,19 @@ GC_ERROR Device::Info(DEVICE_INFO_CMD aCommand, INFO_DATATYPE* aType, void* aBuf
 }
 
 void Device::ReportDocument(uint64_t aAddress, uint32_t aSize) {
+    std::lock_guard<std::mutex> hold(mLock);
     mReportedAddress = aAddress;
     mReportedSize = aSize;
+}
+
+uint64_t Device::DocumentAddress() {
+    std::lock_guard<std::mutex> hold(mLock);
+    return mReportedAddress;
+}
+
+uint32_t Device::DocumentSize() {
+    std::lock_guard<std::mutex> hold(mLock);
+    return mReportedSize;
 }
 
 void Device::WriteU32(uint64_t aAddress, uint32_t aValue) {
@@ -141,7 +153,7 @@ GC_ERROR Device::Read(uint64_t aAddress, void* aBuffer, size_t* aSize) {
     if (aAddress > mSpace.size() || *aSize > mSpace.size() - aAddress)
         return GC_ERR_INVALID_ADDRESS;
     std::lock_guard<std::mutex> hold(mLock);
-    if (!mConfig.plugged) return GC_ERR_TIMEOUT;
+    if (!mPlugged) return GC_ERR_TIMEOUT;
     memcpy(aBuffer, mSpace.data() + aAddress, *aSize);
     return GC_ERR_SUCCESS;
 }
@@ -150,10 +162,10 @@ GC_ERROR Device::Write(uint64_t aAddress, const void* aBuffer, size_t* aSize) {
     if (!aBuffer || !aSize) return GC_ERR_INVALID_PARAMETER;
     if (aAddress > mSpace.size() || *aSize > mSpace.size() - aAddress)
         return GC_ERR_INVALID_ADDRESS;
-    if (mReadOnly) return GC_ERR_ACCESS_DENIED;
     {
         std::lock_guard<std::mutex> hold(mLock);
-        if (!mConfig.plugged) return GC_ERR_TIMEOUT;
+        if (mReadOnly) return GC_ERR_ACCESS_DENIED;
+        if (!mPlugged) return GC_ERR_TIMEOUT;
         // The document and the read-only registers do not change.
         if (aAddress >= reg::kDocument) return GC_ERR_ACCESS_DENIED;
         memcpy(mSpace.data() + aAddress, aBuffer, *aSize);
@@ -182,15 +194,14 @@ void Device::Apply(uint64_t aAddress, size_t aSize) {
 
 bool Device::Open(int32_t aFlags) {
     std::lock_guard<std::mutex> hold(mLock);
-    if (mOpen || !mConfig.plugged) return false;
+    if (mOpen || !mPlugged) return false;
     mOpen = true;
     mReadOnly = aFlags == DEVICE_ACCESS_READONLY;
     return true;
 }
 
 void Device::Close() {
-    mStream->Stop();
-    mStream->SetOpen(false);
+    mStream->Close();
     std::lock_guard<std::mutex> hold(mLock);
     mOpen = false;
 }
@@ -204,11 +215,11 @@ void Device::CountFrame() {
 }
 
 void Device::SetPlugged(bool aPlugged) {
-    std::lock_guard<std::mutex> hold(mLock);
-    mConfig.plugged = aPlugged;
+    mPlugged.store(aPlugged);
 }
 
-int32_t Device::AccessStatus() const {
+int32_t Device::AccessStatus() {
+    std::lock_guard<std::mutex> hold(mLock);
     if (mOpen)
         return mReadOnly ? DEVICE_ACCESS_STATUS_OPEN_READONLY : DEVICE_ACCESS_STATUS_OPEN_READWRITE;
     return mConfig.access;

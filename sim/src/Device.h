@@ -38,7 +38,7 @@ public:
 
     const tCameraConfig& Config() const { return mConfig; }
     Interface* Parent() const { return mParent; }
-    std::string Url() const;
+    std::string Url();
     GC_ERROR Info(DEVICE_INFO_CMD aCommand, INFO_DATATYPE* aType, void* aBuffer, size_t* aSize);
 
     // Port access; the register space is kept below 4 GiB.
@@ -50,14 +50,13 @@ public:
     // Open state; the handle is this object while open.
     bool Open(int32_t aFlags);
     void Close();
-    bool IsOpen() const { return mOpen; }
-    int32_t AccessStatus() const;
+    int32_t AccessStatus();
     Stream* GetStream() const { return mStream.get(); }
 
     // Where the camera says its document lies. A test may make it misreport both,
     // to see how a consumer copes with a URL outside the register space.
-    uint64_t DocumentAddress() const { return mReportedAddress; }
-    uint32_t DocumentSize() const { return mReportedSize; }
+    uint64_t DocumentAddress();
+    uint32_t DocumentSize();
     void ReportDocument(uint64_t aAddress, uint32_t aSize);
     bool DocumentZipped() const { return mConfig.zipped; }
 
@@ -65,7 +64,7 @@ public:
     bool Acquiring() const { return mAcquiring.load(); }
     void CountFrame();
     void SetPlugged(bool aPlugged);
-    bool Plugged() const { return mConfig.plugged; }
+    bool Plugged() const { return mPlugged.load(); }
 
     Event* RemoteEvents() { return &mRemoteEvents; }
     Event* Invalidations() { return &mInvalidations; }
@@ -88,6 +87,7 @@ private:
     std::unique_ptr<Stream> mStream;
     bool mOpen = false;
     bool mReadOnly = false;
+    std::atomic<bool> mPlugged;
     std::atomic<bool> mAcquiring{false};
     Event mRemoteEvents;
     Event mInvalidations;

@@ -1,6 +1,7 @@
 // The one producer instance behind the exported entry points.
 #pragma once
 
+#include <atomic>
 #include <memory>
 #include <mutex>
 #include <set>
@@ -18,7 +19,7 @@ struct tPort {
 
 struct tProducer {
     std::mutex lock;
-    bool initialised = false;
+    std::atomic<bool> initialised{false}; // read without the lock by every entry
     std::unique_ptr<System> system;
     std::map<Device*, std::unique_ptr<tPort>> ports;
     Handles handles;

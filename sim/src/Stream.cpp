@@ -29,11 +29,10 @@ Stream::~Stream() {
         if (buffer->owned) free(buffer->base);
 }
 
-void Stream::SetOpen(bool aOpen) {
+void Stream::Close() {
+    Stop();
     std::lock_guard<std::mutex> hold(mLock);
-    mOpen = aOpen;
-    if (aOpen) return;
-    // Closing the stream revokes everything.
+    mOpen.store(false);
     mInput.clear();
     mOutput.clear();
     for (auto& buffer : mBuffers)
@@ -156,32 +155,33 @@ GC_ERROR Stream::Stop() {
     return GC_ERR_SUCCESS;
 }
 
-// Writes one frame (and its chunk block) into a buffer, with the lock held.
-void Stream::Deliver(Buffer* aBuffer, const FrameGenerator& aGenerator, bool aChunks) {
-    const uint64_t frameId = mNextFrameId++;
-    const size_t image = aGenerator.ImageSize();
-    const size_t payload = image + (aChunks ? kChunkBytes : 0);
-    aBuffer->frameId = frameId;
-    aBuffer->timestamp = NowNs();
-    aBuffer->imageSize = image;
-    aBuffer->status = aBuffer->size < payload ? GC_ERR_BUFFER_TOO_SMALL_QRX : 0;
-    size_t filled = aGenerator.Fill(aBuffer->base, aBuffer->size, frameId);
-    if (aChunks && aBuffer->size >= payload) {
-        memcpy(aBuffer->base + image, &frameId, 8);
-        memcpy(aBuffer->base + image + 8, &aBuffer->timestamp, 8);
-        filled = payload;
+// Writes one frame (and its chunk block) into a buffer's memory, unlocked:
+// the buffer belongs to the camera meanwhile. What the buffer says about it
+// is set afterwards, under the lock.
+Stream::tFilled Stream::Deliver(uint8_t* aBase, size_t aSize, const FrameGenerator& aGenerator,
+                                bool aChunks) {
+    tFilled f;
+    f.frameId = mNextFrameId++;
+    f.timestamp = NowNs();
+    f.imageSize = aGenerator.ImageSize();
+    const size_t payload = f.imageSize + (aChunks ? kChunkBytes : 0);
+    f.status = aSize < payload ? GC_ERR_BUFFER_TOO_SMALL_QRX : 0;
+    f.filled = aGenerator.Fill(aBase, aSize, f.frameId);
+    if (aChunks && aSize >= payload) {
+        memcpy(aBase + f.imageSize, &f.frameId, 8);
+        memcpy(aBase + f.imageSize + 8, &f.timestamp, 8);
+        f.filled = payload;
+        f.chunkSize = kChunkBytes;
     }
-    aBuffer->chunkSize = aChunks && aBuffer->size >= payload ? kChunkBytes : 0;
-    aBuffer->incomplete = aBuffer->status != 0;
+    f.incomplete = f.status != 0;
     uint32_t incomplete = mIncomplete.load();
     while (incomplete && !mIncomplete.compare_exchange_weak(incomplete, incomplete - 1)) {
     }
     if (incomplete) {
-        aBuffer->incomplete = true;
-        filled /= 2;
+        f.incomplete = true;
+        f.filled /= 2;
     }
-    aBuffer->filled = filled;
-    aBuffer->newData = true;
+    return f;
 }
 
 void Stream::Run() {
@@ -214,17 +214,24 @@ void Stream::Run() {
         mInput.pop_front();
         buffer->queued = false;
         buffer->acquiring = true;
+        hold.unlock();
+        const tFilled filled = Deliver(buffer->base, buffer->size, generator, chunks);
+        device->CountFrame();
+        hold.lock();
+        buffer->acquiring = false;
+        buffer->newData = true;
+        buffer->frameId = filled.frameId;
+        buffer->timestamp = filled.timestamp;
+        buffer->imageSize = filled.imageSize;
+        buffer->chunkSize = filled.chunkSize;
+        buffer->filled = filled.filled;
+        buffer->status = filled.status;
+        buffer->incomplete = filled.incomplete;
         buffer->width = width;
         buffer->height = height;
         buffer->offsetX = offsetX;
         buffer->offsetY = offsetY;
         buffer->pixelFormat = format;
-        // Filling runs unlocked: the buffer belongs to the camera meanwhile.
-        hold.unlock();
-        Deliver(buffer, generator, chunks);
-        device->CountFrame();
-        hold.lock();
-        buffer->acquiring = false;
         mOutput.push_back(buffer);
         ++mDelivered;
         ++acquired;

@@ -43,8 +43,10 @@ public:
 
     static const char* Id() { return "Stream0"; }
     Device* Parent() const { return mDevice; }
-    bool IsOpen() const { return mOpen; }
-    void SetOpen(bool aOpen);
+    // False when it is open already: one opener wins.
+    bool TryOpen() { return !mOpen.exchange(true); }
+    // Closing revokes every buffer.
+    void Close();
 
     GC_ERROR Announce(void* aBase, size_t aSize, void* aUser, bool aOwned, BUFFER_HANDLE* aHandle);
     GC_ERROR Revoke(BUFFER_HANDLE aHandle, void** aBase, void** aUser);
@@ -69,12 +71,23 @@ public:
     void MakeIncomplete(uint32_t aCount) { mIncomplete.store(aCount); }
 
 private:
+    // What one delivery put into a buffer.
+    struct tFilled {
+        uint64_t frameId = 0;
+        uint64_t timestamp = 0;
+        size_t imageSize = 0;
+        size_t chunkSize = 0;
+        size_t filled = 0;
+        int32_t status = 0;
+        bool incomplete = false;
+    };
+
     Buffer* Find(BUFFER_HANDLE aHandle);
     void Run();
-    void Deliver(Buffer* aBuffer, const FrameGenerator& aGenerator, bool aChunks);
+    tFilled Deliver(uint8_t* aBase, size_t aSize, const FrameGenerator& aGenerator, bool aChunks);
 
     Device* mDevice;
-    bool mOpen = false;
+    std::atomic<bool> mOpen{false};
     std::mutex mLock;
     std::condition_variable mChanged;
     std::list<std::unique_ptr<Buffer>> mBuffers;

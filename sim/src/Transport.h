@@ -2,6 +2,7 @@
 // that every entry point checks its arguments against.
 #pragma once
 
+#include <atomic>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -41,8 +42,9 @@ public:
     std::vector<Device*> Visible();
     Device* Find(const std::string& aId);
     std::vector<std::unique_ptr<Device>>& Devices() { return mDevices; }
-    bool IsOpen() const { return mOpen; }
-    void SetOpen(bool aOpen) { mOpen = aOpen; }
+    // False when it is open already: one opener wins.
+    bool TryOpen() { return !mOpen.exchange(true); }
+    void Close() { mOpen.store(false); }
     Event* DeviceListChanged() { return &mDeviceListChanged; }
     Listing listed;
 
@@ -50,7 +52,7 @@ private:
     System* mParent;
     tInterfaceConfig mConfig;
     std::vector<std::unique_ptr<Device>> mDevices;
-    bool mOpen = false;
+    std::atomic<bool> mOpen{false};
     Event mDeviceListChanged;
 };
 

@@ -61,8 +61,7 @@ GC_API DevOpenDataStream(DEV_HANDLE hDevice, const char* sDataStreamID, DS_HANDL
     if (!sDataStreamID || !phDataStream) return GC_ERR_INVALID_PARAMETER;
     if (strcmp(sDataStreamID, Stream::Id()) != 0) return Fail(GC_ERR_INVALID_ID, "unknown stream");
     Stream* stream = static_cast<Device*>(hDevice)->GetStream();
-    if (stream->IsOpen()) return GC_ERR_RESOURCE_IN_USE;
-    stream->SetOpen(true);
+    if (!stream->TryOpen()) return GC_ERR_RESOURCE_IN_USE;
     Producer().handles.Add(stream, tKind::kStream);
     *phDataStream = stream;
     return GC_ERR_SUCCESS;

@@ -9,8 +9,8 @@ GC_API IFClose(IF_HANDLE hIface) {
     ENTER("IFClose");
     CHECK(hIface, tKind::kInterface);
     auto* interface = static_cast<Interface*>(hIface);
-    interface->SetOpen(false);
     Producer().handles.Remove(interface);
+    interface->Close();
     return GC_ERR_SUCCESS;
 }
 

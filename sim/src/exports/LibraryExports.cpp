@@ -17,8 +17,13 @@ std::string ModulePath() {
 }
 
 GC_ERROR TlInfo(TL_INFO_CMD aCommand, INFO_DATATYPE* aType, void* aBuffer, size_t* aSize) {
-    tProducer& p = Producer();
-    std::string tlType = p.system ? p.system->Topology().tlType : LoadTopology().tlType;
+    std::string tlType;
+    {
+        tProducer& p = Producer();
+        std::lock_guard<std::mutex> hold(p.lock);
+        if (p.system) tlType = p.system->Topology().tlType;
+    }
+    if (tlType.empty()) tlType = LoadTopology().tlType;
     switch (aCommand) {
     case TL_INFO_ID:
         return ReplyText("TavikSim", aType, aBuffer, aSize);
@@ -76,8 +81,8 @@ GC_API GCInitLibEx(uint32_t iFlags) {
 #ifndef TAVIK_SIM_NO_CLOSELIB
 GC_API GCCloseLib(void) {
     tProducer& p = Producer();
-    if (!p.initialised) return GC_ERR_NOT_INITIALIZED;
     std::lock_guard<std::mutex> hold(p.lock);
+    if (!p.initialised) return GC_ERR_NOT_INITIALIZED;
     if (p.system) CloseDevices(*p.system);
     p.system.reset();
     p.ports.clear();
@@ -185,8 +190,7 @@ GC_API TLOpenInterface(TL_HANDLE hTL, const char* sIfaceID, IF_HANDLE* phIface) 
     if (!sIfaceID || !phIface) return GC_ERR_INVALID_PARAMETER;
     Interface* interface = static_cast<System*>(hTL)->Find(sIfaceID);
     if (!interface) return Fail(GC_ERR_INVALID_ID, "unknown interface");
-    if (interface->IsOpen()) return GC_ERR_RESOURCE_IN_USE;
-    interface->SetOpen(true);
+    if (!interface->TryOpen()) return GC_ERR_RESOURCE_IN_USE;
     Producer().handles.Add(interface, tKind::kInterface);
     *phIface = interface;
     return GC_ERR_SUCCESS;

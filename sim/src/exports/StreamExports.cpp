@@ -116,9 +116,8 @@ GC_API DSGetBufferPartInfo(DS_HANDLE hDataStream, BUFFER_HANDLE hBuffer, uint32_
 GC_API DSClose(DS_HANDLE hDataStream) {
     ENTER("DSClose");
     STREAM(hDataStream);
-    stream->Stop();
-    stream->SetOpen(false);
     Producer().handles.Remove(stream);
+    stream->Close();
     return GC_ERR_SUCCESS;
 }
 
