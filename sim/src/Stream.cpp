@@ -6,6 +6,7 @@
 
 #include "Device.h"
 #include "Info.h"
+#include "Transport.h"
 
 namespace sim {
 
@@ -45,6 +46,10 @@ Buffer* Stream::Find(BUFFER_HANDLE aHandle) {
     for (auto& buffer : mBuffers)
         if (buffer.get() == aHandle) return buffer.get();
     return nullptr;
+}
+
+const std::string& Stream::TransportType() const {
+    return mDevice->Parent()->Config().type;
 }
 
 bool Stream::Owns(BUFFER_HANDLE aHandle) {
@@ -266,7 +271,7 @@ GC_ERROR Stream::Info(int32_t aCommand, INFO_DATATYPE* aType, void* aBuffer, siz
     case STREAM_INFO_DEFINES_PAYLOADSIZE:
         return ReplyValue(INFO_DATATYPE_BOOL8, bool8_t{1}, aType, aBuffer, aSize);
     case STREAM_INFO_TLTYPE:
-        return ReplyText("GEV", aType, aBuffer, aSize);
+        return ReplyText(TransportType(), aType, aBuffer, aSize);
     case STREAM_INFO_NUM_CHUNKS_MAX:
         return ReplyValue(INFO_DATATYPE_SIZET, size_t{1}, aType, aBuffer, aSize);
     case STREAM_INFO_BUF_ANNOUNCE_MIN:
@@ -301,7 +306,7 @@ GC_ERROR Stream::BufferInfo(BUFFER_HANDLE aHandle, int32_t aCommand, INFO_DATATY
     case BUFFER_INFO_IS_INCOMPLETE:
         return ReplyValue(INFO_DATATYPE_BOOL8, bool8_t{b->incomplete}, aType, aBuffer, aSize);
     case BUFFER_INFO_TLTYPE:
-        return ReplyText("GEV", aType, aBuffer, aSize);
+        return ReplyText(TransportType(), aType, aBuffer, aSize);
     case BUFFER_INFO_SIZE_FILLED:
         return ReplyValue(INFO_DATATYPE_SIZET, b->filled, aType, aBuffer, aSize);
     case BUFFER_INFO_WIDTH:

@@ -9,6 +9,7 @@
 #include <list>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <thread>
 
 #include "Event.h"
@@ -43,6 +44,8 @@ public:
 
     static const char* Id() { return "Stream0"; }
     Device* Parent() const { return mDevice; }
+    // The type of the interface the camera hangs from.
+    const std::string& TransportType() const;
     // False when it is open already: one opener wins.
     bool TryOpen() { return !mOpen.exchange(true); }
     // Closing revokes every buffer.

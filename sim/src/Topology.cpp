@@ -26,14 +26,15 @@ tTopology DefaultTopology() {
     bayer.height = 972;
     bayer.pixelFormat = 0x01080009; // BayerRG8
     gev.cameras = {mono, bayer};
-    tInterfaceConfig usb{"SimUSB3-0", "U3V", "Simulated USB3 Vision interface", "U3V0001", {}};
+    tInterfaceConfig lab{
+        "SimGEV-1", "GEV", "Second simulated GigE Vision interface", "GEV0002", {}};
     tCameraConfig rgb;
     rgb.id = "SimCam-RGB";
     rgb.model = "TavikSim RGB";
     rgb.serial = "SIM0003";
     rgb.pixelFormat = 0x02180014; // RGB8
-    usb.cameras = {rgb};
-    t.interfaces = {gev, usb};
+    lab.cameras = {rgb};
+    t.interfaces = {gev, lab};
     return t;
 }
 
@@ -69,7 +70,7 @@ bool ParseTopology(const std::string& aPath, tTopology& aTopology) {
     const TiXmlElement* root = document.RootElement();
     if (!root || strcmp(root->Value(), "TavikSim") != 0) return false;
     tTopology t;
-    t.tlType = Text(root, "tlType", "GEV");
+    t.tlType = Text(root, "tlType", "");
     int serial = 1;
     for (const TiXmlElement* i = root->FirstChildElement("Interface"); i;
          i = i->NextSiblingElement("Interface")) {
@@ -113,6 +114,15 @@ bool ParseTopology(const std::string& aPath, tTopology& aTopology) {
     }
     aTopology = t;
     return true;
+}
+
+std::string LayerType(const tTopology& aTopology) {
+    if (!aTopology.tlType.empty()) return aTopology.tlType;
+    if (aTopology.interfaces.empty()) return "GEV";
+    const std::string& first = aTopology.interfaces.front().type;
+    for (const tInterfaceConfig& interface : aTopology.interfaces)
+        if (interface.type != first) return "Mixed";
+    return first;
 }
 
 tTopology LoadTopology() {

@@ -42,10 +42,14 @@ struct tFaultConfig {
 };
 
 struct tTopology {
-    std::string tlType = "GEV";
+    std::string tlType; // as configured; empty: from the interfaces
     std::vector<tInterfaceConfig> interfaces;
     std::vector<tFaultConfig> faults;
 };
+
+// The transport layer's type: as configured, else the type its interfaces
+// share, "Mixed" when they differ, and "GEV" when there are none.
+std::string LayerType(const tTopology& aTopology);
 
 // The topology of TAVIK_SIM_CONFIG, or the default when unset or unreadable.
 tTopology LoadTopology();

@@ -4,7 +4,11 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <memory>
 #include <string>
 #include <vector>
@@ -14,10 +18,34 @@
 
 namespace test {
 
+// A configuration file named by TAVIK_SIM_CONFIG for as long as it lives.
+class ScopedConfig {
+public:
+    explicit ScopedConfig(const std::string& aText) {
+        unsetenv("TAVIK_SIM_CONFIG");
+        if (aText.empty()) return;
+        mPath = std::filesystem::temp_directory_path() /
+                ("tavik-sim-" + std::to_string(getpid()) + ".xml");
+        std::ofstream(mPath) << aText;
+        setenv("TAVIK_SIM_CONFIG", mPath.c_str(), 1);
+    }
+    ~ScopedConfig() {
+        unsetenv("TAVIK_SIM_CONFIG");
+        if (!mPath.empty()) std::filesystem::remove(mPath);
+    }
+
+private:
+    std::filesystem::path mPath;
+};
+
 class SimulatorTest : public ::testing::Test {
 protected:
+    // The configuration the producer is opened with; none gives the default topology.
+    virtual std::string Configuration() { return {}; }
+
     void SetUp() override {
         unsetenv("TAVIK_SIM_CONFIG");
+        mConfig = std::make_unique<ScopedConfig>(Configuration());
         mGenTL = std::make_unique<GenTL>(TAVIK_SIM_PRODUCER);
         ASSERT_NE(mGenTL->library, nullptr) << dlerror();
         // A consumer of version 1.5 refuses a producer that lacks one of its calls.
@@ -30,6 +58,7 @@ protected:
         if (mTL) mGenTL->TLClose(mTL);
         mGenTL->GCCloseLib();
         mGenTL.reset();
+        mConfig.reset();
     }
 
     std::vector<std::string> InterfaceIds() {
@@ -122,6 +151,7 @@ protected:
         EXPECT_EQ(mGenTL->DSClose(aStream), GC_ERR_SUCCESS);
     }
 
+    std::unique_ptr<ScopedConfig> mConfig;
     std::unique_ptr<GenTL> mGenTL;
     TL_HANDLE mTL = nullptr;
     IF_HANDLE mInterface = nullptr;

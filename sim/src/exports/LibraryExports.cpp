@@ -21,9 +21,9 @@ GC_ERROR TlInfo(TL_INFO_CMD aCommand, INFO_DATATYPE* aType, void* aBuffer, size_
     {
         tProducer& p = Producer();
         std::lock_guard<std::mutex> hold(p.lock);
-        if (p.system) tlType = p.system->Topology().tlType;
+        if (p.system) tlType = LayerType(p.system->Topology());
     }
-    if (tlType.empty()) tlType = LoadTopology().tlType;
+    if (tlType.empty()) tlType = LayerType(LoadTopology());
     switch (aCommand) {
     case TL_INFO_ID:
         return ReplyText("TavikSim", aType, aBuffer, aSize);
