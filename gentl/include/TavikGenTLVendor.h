@@ -30,11 +30,15 @@ enum EVENT_DATA_INFO_CMD_LIST_QRX {
     EVENT_DATA_DATA_QRX = 1003       /* 32-bit */
 };
 
+/* What a device-list-changed event reports (EVENT_DATA_WHAT_QRX), read with
+ * the bits of its data (EVENT_DATA_DATA_QRX). */
 enum IFCHANGE_WHAT_LIST {
-    IFCHANGE_DEVICE_ARRIVED = 0,
-    IFCHANGE_DEVICE_LEFT = 1,
-    IFCHANGE_DEVICE_CHANGED = 2
+    IFCHANGE_DEVICE_PRESENCE = 1,     /* data bit 0: the device arrived (set) or left (clear) */
+    IFCHANGE_DEVICE_REACHABILITY = 2, /* data bit 1: the device can be reached (set) or not */
+    IFCHANGE_DEVICE_UPDATED = 3       /* a listed device changed; data bit 0 as for presence */
 };
+
+enum IFCHANGE_DATA_LIST { IFCHANGE_DATA_PRESENT = 0x1, IFCHANGE_DATA_REACHABLE = 0x2 };
 
 enum INTERFACE_INFO_CMD_LIST_QRX { INTERFACE_INFO_SERIAL_QRX = 1000 };
 enum DEVICE_INFO_CMD_LIST_QRX { DEVICE_INFO_SERIAL_QRX = 1000 };

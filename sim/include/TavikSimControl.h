@@ -13,7 +13,8 @@
  *                                address a with hex size n (to test consumers)
  *   incomplete <camera> <n>      the next n frames come out incomplete
  *   invalidate <camera> <name>   a feature invalidation event
- *   event <camera> <id>          a remote device event with that id
+ *   event <camera> <id> [block]  a remote device event with that id (decimal)
+ *                                and block id, stamped now
  * Returns 0, or -1 for a command it does not know.
  */
 #ifndef TAVIK_SIM_CONTROL_H

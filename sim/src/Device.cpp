@@ -1,9 +1,11 @@
 #include "Device.h"
 
+#include <chrono>
 #include <cstring>
 #include <fstream>
 #include <iterator>
 
+#include "EventData.h"
 #include "FrameGenerator.h"
 #include "Info.h"
 #include "Stream.h"
@@ -14,10 +16,16 @@ namespace sim {
 
 extern const char kDeviceDocument[]; // the built-in document, embedded at build time
 
+uint64_t TimestampNs() {
+    return static_cast<uint64_t>(std::chrono::duration_cast<std::chrono::nanoseconds>(
+                                     std::chrono::steady_clock::now().time_since_epoch())
+                                     .count());
+}
+
 Device::Device(Interface* aParent, const tCameraConfig& aConfig)
     : mParent(aParent), mConfig(aConfig), mSpace(reg::kSpaceSize, 0), mPlugged(aConfig.plugged),
-      mRemoteEvents(EVENT_REMOTE_DEVICE, this, 1024),
-      mInvalidations(EVENT_FEATURE_INVALIDATE, this, 256) {
+      mRemoteEvents(EVENT_REMOTE_DEVICE, this, kRemoteEventDataMax),
+      mInvalidations(EVENT_FEATURE_INVALIDATE, this, kEventTextMax) {
     std::vector<uint8_t> text;
     if (!mConfig.document.empty()) {
         std::ifstream file(mConfig.document, std::ios::binary);

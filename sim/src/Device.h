@@ -31,6 +31,10 @@ constexpr uint64_t kDocument = 0x100000;
 constexpr uint64_t kSpaceSize = 0x400000; // room for a 3 MiB document
 } // namespace reg
 
+// The cameras' timestamp clock: nanoseconds of the monotonic clock, so
+// DEVICE_INFO_TIMESTAMP_FREQUENCY is 1 GHz.
+uint64_t TimestampNs();
+
 class Device {
 public:
     Device(Interface* aParent, const tCameraConfig& aConfig);

@@ -18,13 +18,35 @@ bool WaitFor(std::condition_variable& aCondition, std::unique_lock<std::mutex>& 
 }
 } // namespace
 
+bool Event::Register() {
+    std::lock_guard<std::mutex> hold(mLock);
+    if (mRegistered) return false;
+    mRegistered = true;
+    mKilled = false;
+    mQueue.clear();
+    return true;
+}
+
+bool Event::Unregister() {
+    {
+        std::lock_guard<std::mutex> hold(mLock);
+        if (!mRegistered) return false;
+        mRegistered = false;
+        mKilled = true;
+        mQueue.clear();
+    }
+    mChanged.notify_all();
+    return true;
+}
+
 void Event::Push(const void* aData, size_t aSize) {
     std::set<Union*> unions;
     {
         std::lock_guard<std::mutex> hold(mLock);
+        ++mFired;
+        if (!mRegistered) return;
         const auto* bytes = static_cast<const uint8_t*>(aData);
         mQueue.emplace_back(bytes, bytes + aSize);
-        ++mFired;
         unions = mUnions;
     }
     mChanged.notify_all();

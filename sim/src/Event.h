@@ -21,7 +21,13 @@ public:
     Event(EVENT_TYPE aType, void* aSource, size_t aMaxSize)
         : type(aType), source(aSource), maxSize(aMaxSize) {}
 
+    // A consumer's registration: a new one starts with no data and no kill;
+    // the end of one kills the waits. False when already so.
+    bool Register();
+    bool Unregister();
+    // Queues data for the consumer; dropped while nobody is registered.
     void Push(const void* aData, size_t aSize);
+    void Push(const std::vector<uint8_t>& aData) { Push(aData.data(), aData.size()); }
     // Waits for data (aTimeoutMs may be GENTL_INFINITE); GC_ERR_ABORT when killed.
     GC_ERROR Get(void* aBuffer, size_t* aSize, uint64_t aTimeoutMs);
     // Waits for data without taking it.
@@ -40,6 +46,7 @@ private:
     std::mutex mLock;
     std::condition_variable mChanged;
     std::deque<std::vector<uint8_t>> mQueue;
+    bool mRegistered = false;
     bool mKilled = false;
     uint64_t mFired = 0;
     std::set<Union*> mUnions;

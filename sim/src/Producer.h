@@ -24,7 +24,6 @@ struct tProducer {
     std::map<Device*, std::unique_ptr<tPort>> ports;
     Handles handles;
     Faults faults;
-    std::set<Event*> registered;
     std::set<std::unique_ptr<Event>> madeEvents;
     std::set<std::unique_ptr<Union>> unions;
     GC_ERROR lastError = GC_ERR_SUCCESS;

@@ -14,11 +14,6 @@ namespace {
 constexpr uint32_t kChunkId = 0x5A5A0001;
 constexpr size_t kChunkBytes = 16; // frame id and timestamp
 
-uint64_t NowNs() {
-    return static_cast<uint64_t>(std::chrono::duration_cast<std::chrono::nanoseconds>(
-                                     std::chrono::steady_clock::now().time_since_epoch())
-                                     .count());
-}
 } // namespace
 
 Stream::Stream(Device* aDevice)
@@ -167,7 +162,7 @@ Stream::tFilled Stream::Deliver(uint8_t* aBase, size_t aSize, const FrameGenerat
                                 bool aChunks) {
     tFilled f;
     f.frameId = mNextFrameId++;
-    f.timestamp = NowNs();
+    f.timestamp = TimestampNs();
     f.imageSize = aGenerator.ImageSize();
     const size_t payload = f.imageSize + (aChunks ? kChunkBytes : 0);
     f.status = aSize < payload ? GC_ERR_BUFFER_TOO_SMALL_QRX : 0;

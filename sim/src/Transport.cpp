@@ -1,5 +1,6 @@
 #include "Transport.h"
 
+#include "EventData.h"
 #include "Info.h"
 #include "Stream.h"
 
@@ -27,7 +28,7 @@ GC_ERROR Listing::At(uint32_t aIndex, std::string& aId) {
 
 Interface::Interface(System* aParent, const tInterfaceConfig& aConfig)
     : mParent(aParent), mConfig(aConfig),
-      mDeviceListChanged(EVENT_DEVICE_LIST_CHANGED_QRX, this, 512) {
+      mDeviceListChanged(EVENT_DEVICE_LIST_CHANGED_QRX, this, kDeviceChangeDataMax) {
     for (const tCameraConfig& camera : aConfig.cameras)
         mDevices.push_back(std::make_unique<Device>(this, camera));
 }

@@ -167,64 +167,6 @@ TEST_F(SimulatorTest, InjectedFaultsAndUnpluggedCamerasFailAsTold) {
               GC_ERR_RESOURCE_IN_USE);
 }
 
-TEST_F(SimulatorTest, EventsReachWaitersAlsoThroughAUnion) {
-    auto control = reinterpret_cast<TavikSimControl_t>(mGenTL->Symbol("TavikSimControl"));
-    auto unionCreate = reinterpret_cast<decltype(&UnionCreate)>(mGenTL->Symbol("UnionCreate"));
-    auto unionLinkup = reinterpret_cast<decltype(&UnionLinkup)>(mGenTL->Symbol("UnionLinkup"));
-    auto unionWait = reinterpret_cast<decltype(&UnionWait)>(mGenTL->Symbol("UnionWait"));
-    auto unionDelete = reinterpret_cast<decltype(&UnionDelete)>(mGenTL->Symbol("UnionDelete"));
-    ASSERT_TRUE(control && unionCreate && unionLinkup && unionWait && unionDelete);
-    OpenFirstCamera();
-    std::vector<std::string> cameras = DeviceIds(mInterface);
-    EVENT_HANDLE remote = nullptr, listChanged = nullptr;
-    ASSERT_EQ(mGenTL->GCRegisterEvent(mDevice, EVENT_REMOTE_DEVICE, &remote), GC_ERR_SUCCESS);
-    EXPECT_EQ(mGenTL->GCRegisterEvent(mDevice, EVENT_REMOTE_DEVICE, &remote),
-              GC_ERR_RESOURCE_IN_USE);
-    ASSERT_EQ(mGenTL->GCRegisterEvent(mInterface, EVENT_DEVICE_LIST_CHANGED_QRX, &listChanged),
-              GC_ERR_SUCCESS);
-    UNION_HANDLE group = nullptr;
-    ASSERT_EQ(unionCreate(&group), GC_ERR_SUCCESS);
-    ASSERT_EQ(unionLinkup(group, remote), GC_ERR_SUCCESS);
-    ASSERT_EQ(unionLinkup(group, listChanged), GC_ERR_SUCCESS);
-
-    EVENT_HANDLE fired = nullptr;
-    EXPECT_EQ(unionWait(group, &fired, 10), GC_ERR_TIMEOUT);
-    ASSERT_EQ(control(("unplug " + cameras[1]).c_str()), 0);
-    ASSERT_EQ(unionWait(group, &fired, 5000), GC_ERR_SUCCESS);
-    EXPECT_EQ(fired, listChanged);
-    uint8_t data[256];
-    size_t size = sizeof(data);
-    ASSERT_EQ(mGenTL->EventGetData(listChanged, data, &size, 0), GC_ERR_SUCCESS);
-    std::string device = mGenTL->Text([&](char* b, size_t* s) {
-        INFO_DATATYPE t;
-        return mGenTL->EventGetDataInfo(listChanged, data, size, EVENT_DATA_DEVICE_ID_QRX, &t, b,
-                                        s);
-    });
-    EXPECT_EQ(device, cameras[1]);
-    uint32_t what = 99;
-    size_t whatSize = sizeof(what);
-    INFO_DATATYPE type;
-    ASSERT_EQ(mGenTL->EventGetDataInfo(listChanged, data, size, EVENT_DATA_WHAT_QRX, &type, &what,
-                                       &whatSize),
-              GC_ERR_SUCCESS);
-    EXPECT_EQ(what, static_cast<uint32_t>(IFCHANGE_DEVICE_LEFT));
-
-    ASSERT_EQ(control(("event " + cameras[0] + " 9001").c_str()), 0);
-    ASSERT_EQ(unionWait(group, &fired, 5000), GC_ERR_SUCCESS);
-    EXPECT_EQ(fired, remote);
-    size = sizeof(data);
-    ASSERT_EQ(mGenTL->EventGetData(remote, data, &size, 0), GC_ERR_SUCCESS);
-    uint32_t id = 0;
-    memcpy(&id, data, 4);
-    EXPECT_EQ(id, 9001u);
-    // A kill wakes a blocked reader.
-    std::thread killer([&] { mGenTL->EventKill(remote); });
-    size = sizeof(data);
-    EXPECT_EQ(mGenTL->EventGetData(remote, data, &size, GENTL_INFINITE), GC_ERR_ABORT);
-    killer.join();
-    EXPECT_EQ(unionDelete(group), GC_ERR_SUCCESS);
-}
-
 TEST_F(SimulatorTest, ChunksIncompleteAndTooSmallBuffersAreReported) {
     auto control = reinterpret_cast<TavikSimControl_t>(mGenTL->Symbol("TavikSimControl"));
     OpenFirstCamera();

@@ -2,6 +2,7 @@
 #include <sstream>
 
 #include "Entry.h"
+#include "EventData.h"
 #include "Stream.h"
 #include "TavikSimControl.h"
 
@@ -38,15 +39,11 @@ __attribute__((visibility("default"))) int TavikSimControl(const char* command) 
     Device* device = p.system ? p.system->FindDevice(name) : nullptr;
     if (!device) return -1;
     if (verb == "plug" || verb == "unplug") {
-        device->SetPlugged(verb == "plug");
-        // Interface events carry the camera's id and what happened.
-        std::vector<uint8_t> data(8 + name.size() + 1, 0);
-        uint32_t id = EVENT_DEVICE_LIST_CHANGED_QRX;
-        uint32_t what = verb == "plug" ? IFCHANGE_DEVICE_ARRIVED : IFCHANGE_DEVICE_LEFT;
-        memcpy(data.data(), &id, 4);
-        memcpy(data.data() + 4, &what, 4);
-        memcpy(data.data() + 8, name.c_str(), name.size());
-        device->Parent()->DeviceListChanged()->Push(data.data(), data.size());
+        const bool plugged = verb == "plug";
+        device->SetPlugged(plugged);
+        const uint32_t data = plugged ? IFCHANGE_DATA_PRESENT | IFCHANGE_DATA_REACHABLE : 0;
+        device->Parent()->DeviceListChanged()->Push(
+            DeviceChangeData(IFCHANGE_DEVICE_PRESENCE, data, name));
         return 0;
     }
     if (verb == "document") {
@@ -65,17 +62,13 @@ __attribute__((visibility("default"))) int TavikSimControl(const char* command) 
     if (verb == "invalidate") {
         std::string feature;
         words >> feature;
-        std::vector<uint8_t> data(8 + feature.size() + 1, 0);
-        memcpy(data.data() + 8, feature.c_str(), feature.size());
-        device->Invalidations()->Push(data.data(), data.size());
+        device->Invalidations()->Push(InvalidationData(feature));
         return 0;
     }
     if (verb == "event") {
-        uint32_t id = 0;
-        words >> id;
-        uint8_t data[16] = {};
-        memcpy(data, &id, 4);
-        device->RemoteEvents()->Push(data, sizeof(data));
+        uint32_t id = 0, block = 0;
+        words >> id >> block;
+        device->RemoteEvents()->Push(RemoteEventData(id, block, TimestampNs()));
         return 0;
     }
     return -1;

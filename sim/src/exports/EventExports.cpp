@@ -1,6 +1,7 @@
 // Events: registration on the modules, waiting and reading; the vendor
 // events made by hand and unions, where one thread waits on many events.
 #include "Entry.h"
+#include "EventData.h"
 #include "Info.h"
 #include "Stream.h"
 
@@ -38,10 +39,8 @@ GC_API GCRegisterEvent(EVENTSRC_HANDLE hEventSrc, EVENT_TYPE iEventID, EVENT_HAN
     if (!phEvent) return GC_ERR_INVALID_PARAMETER;
     Event* event = EventOf(hEventSrc, iEventID);
     if (!event) return Fail(GC_ERR_NOT_AVAILABLE, "no such event on this source");
-    tProducer& p = Producer();
-    std::lock_guard<std::mutex> hold(p.lock);
-    if (!p.registered.insert(event).second) return GC_ERR_RESOURCE_IN_USE;
-    p.handles.Add(event, tKind::kEvent);
+    if (!event->Register()) return GC_ERR_RESOURCE_IN_USE;
+    Producer().handles.Add(event, tKind::kEvent);
     *phEvent = event;
     return GC_ERR_SUCCESS;
 }
@@ -49,11 +48,8 @@ GC_API GCRegisterEvent(EVENTSRC_HANDLE hEventSrc, EVENT_TYPE iEventID, EVENT_HAN
 GC_API GCUnregisterEvent(EVENTSRC_HANDLE hEventSrc, EVENT_TYPE iEventID) {
     ENTER("GCUnregisterEvent");
     Event* event = EventOf(hEventSrc, iEventID);
-    tProducer& p = Producer();
-    std::lock_guard<std::mutex> hold(p.lock);
-    if (!event || p.registered.erase(event) == 0) return GC_ERR_NOT_AVAILABLE;
-    event->Kill();
-    p.handles.Remove(event);
+    if (!event || !event->Unregister()) return GC_ERR_NOT_AVAILABLE;
+    Producer().handles.Remove(event);
     return GC_ERR_SUCCESS;
 }
 
@@ -67,42 +63,10 @@ GC_API EventGetDataInfo(EVENT_HANDLE hEvent, const void* pInBuffer, size_t iInSi
                         EVENT_DATA_INFO_CMD iInfoCmd, INFO_DATATYPE* piType, void* pOutBuffer,
                         size_t* piOutSize) {
     ENTER("EventGetDataInfo");
-    if (!IsEvent(hEvent) || !pInBuffer) return GC_ERR_INVALID_PARAMETER;
-    auto* event = static_cast<Event*>(hEvent);
-    const auto* in = static_cast<const uint8_t*>(pInBuffer);
-    if (event->type == EVENT_NEW_BUFFER && iInSize >= sizeof(EVENT_NEW_BUFFER_DATA)) {
-        EVENT_NEW_BUFFER_DATA data;
-        memcpy(&data, in, sizeof(data));
-        if (iInfoCmd == EVENT_DATA_ID)
-            return ReplyValue(INFO_DATATYPE_PTR, data.BufferHandle, piType, pOutBuffer, piOutSize);
-        if (iInfoCmd == EVENT_DATA_VALUE)
-            return ReplyValue(INFO_DATATYPE_PTR, data.pUserPointer, piType, pOutBuffer, piOutSize);
-    }
-    // Other events carry a 32-bit id, a 32-bit value and then text.
-    if (iInSize >= 8) {
-        uint32_t id, value;
-        memcpy(&id, in, 4);
-        memcpy(&value, in + 4, 4);
-        switch (iInfoCmd) {
-        case EVENT_DATA_ID:
-            return ReplyValue(INFO_DATATYPE_UINT32, id, piType, pOutBuffer, piOutSize);
-        case EVENT_DATA_VALUE:
-        case EVENT_DATA_WHAT_QRX:
-            return ReplyValue(INFO_DATATYPE_UINT32, value, piType, pOutBuffer, piOutSize);
-        case EVENT_DATA_NUMID:
-            return ReplyValue(INFO_DATATYPE_UINT64, uint64_t{id}, piType, pOutBuffer, piOutSize);
-        case EVENT_DATA_DEVICE_ID_QRX:
-            return ReplyText(
-                std::string(reinterpret_cast<const char*>(in + 8),
-                            strnlen(reinterpret_cast<const char*>(in + 8), iInSize - 8)),
-                piType, pOutBuffer, piOutSize);
-        case EVENT_DATA_DATA_QRX:
-            return ReplyValue(INFO_DATATYPE_UINT32, uint32_t{0}, piType, pOutBuffer, piOutSize);
-        default:
-            break;
-        }
-    }
-    return GC_ERR_NOT_IMPLEMENTED;
+    if (!IsEvent(hEvent)) return GC_ERR_INVALID_HANDLE;
+    if (!pInBuffer) return GC_ERR_INVALID_PARAMETER;
+    return EventDataInfo(static_cast<Event*>(hEvent)->type, static_cast<const uint8_t*>(pInBuffer),
+                         iInSize, iInfoCmd, piType, pOutBuffer, piOutSize);
 }
 
 GC_API EventGetInfo(EVENT_HANDLE hEvent, EVENT_INFO_CMD iInfoCmd, INFO_DATATYPE* piType,
@@ -120,7 +84,8 @@ GC_API EventGetInfo(EVENT_HANDLE hEvent, EVENT_INFO_CMD iInfoCmd, INFO_DATATYPE*
     case EVENT_SIZE_MAX:
         return ReplyValue(INFO_DATATYPE_SIZET, event->maxSize, piType, pBuffer, piSize);
     case EVENT_INFO_DATA_SIZE_MAX:
-        return ReplyValue(INFO_DATATYPE_SIZET, size_t{256}, piType, pBuffer, piSize);
+        return ReplyValue(INFO_DATATYPE_SIZET, EventInfoSizeMax(event->type), piType, pBuffer,
+                          piSize);
     default:
         return GC_ERR_NOT_IMPLEMENTED;
     }
@@ -147,6 +112,7 @@ GC_API EventCreate(EVENT_TYPE iEventID, EVENT_HANDLE* phEvent) {
     tProducer& p = Producer();
     std::lock_guard<std::mutex> hold(p.lock);
     auto event = std::make_unique<Event>(iEventID, nullptr, 1024);
+    event->Register();
     *phEvent = event.get();
     p.handles.Add(event.get(), tKind::kEvent);
     p.madeEvents.insert(std::move(event));

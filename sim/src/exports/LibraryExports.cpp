@@ -86,7 +86,6 @@ GC_API GCCloseLib(void) {
     if (p.system) CloseDevices(*p.system);
     p.system.reset();
     p.ports.clear();
-    p.registered.clear();
     p.madeEvents.clear();
     p.unions.clear();
     p.handles.Clear();
@@ -136,7 +135,6 @@ GC_API TLClose(TL_HANDLE hTL) {
     CloseDevices(*p.system);
     p.handles.Clear();
     p.ports.clear();
-    p.registered.clear();
     p.system.reset();
     return GC_ERR_SUCCESS;
 }
