@@ -174,12 +174,32 @@ GC_ERROR Device::Write(uint64_t aAddress, const void* aBuffer, size_t* aSize) {
         std::lock_guard<std::mutex> hold(mLock);
         if (mReadOnly) return GC_ERR_ACCESS_DENIED;
         if (!mPlugged) return GC_ERR_TIMEOUT;
-        // The document and the read-only registers do not change.
-        if (aAddress >= reg::kDocument) return GC_ERR_ACCESS_DENIED;
+        if (IsReadOnly(aAddress, *aSize)) return GC_ERR_ACCESS_DENIED;
         memcpy(mSpace.data() + aAddress, aBuffer, *aSize);
         Apply(aAddress, *aSize);
     }
     return GC_ERR_SUCCESS;
+}
+
+bool Device::IsReadOnly(uint64_t aAddress, size_t aSize) const {
+    // What the camera decides itself: who it is, its sensor, the payload it
+    // sends, its counters; and the document.
+    struct tRange {
+        uint64_t address, length;
+    };
+    static constexpr tRange kReadOnly[] = {{reg::kVendor, reg::kUserId - reg::kVendor},
+                                           {reg::kPayloadSize, 4},
+                                           {reg::kSensorWidth, 8},
+                                           {reg::kFrameCounter, 4},
+                                           {reg::kTemperature, 4}};
+    auto overlaps = [&](uint64_t aStart, uint64_t aLength) {
+        return aAddress < aStart + aLength && aStart < aAddress + aSize;
+    };
+    if (overlaps(reg::kDocument, reg::kSpaceSize - reg::kDocument)) return true;
+    if (!mConfig.document.empty()) return false; // another document: a plain register space
+    for (const tRange& range : kReadOnly)
+        if (overlaps(range.address, range.length)) return true;
+    return false;
 }
 
 // With the lock held.

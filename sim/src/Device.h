@@ -77,6 +77,8 @@ private:
     void Reset();
     void WriteU32(uint64_t aAddress, uint32_t aValue);
     void WriteText(uint64_t aAddress, const std::string& aText, size_t aLength);
+    // Whether a write touches a register that only the camera sets, or the document.
+    bool IsReadOnly(uint64_t aAddress, size_t aSize) const;
     // Applies what a register write means to the camera.
     void Apply(uint64_t aAddress, size_t aSize);
     void UpdatePayload();

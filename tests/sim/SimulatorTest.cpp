@@ -78,6 +78,41 @@ TEST_F(SimulatorTest, DocumentIsServedThroughThePortAndCarriesItsFeatures) {
     EXPECT_EQ(mGenTL->GCReadPort(mPort, 0x10000000, &byte, &size), GC_ERR_INVALID_ADDRESS);
 }
 
+TEST_F(SimulatorTest, ReadOnlyRegistersAndTheDocumentRefuseWrites) {
+    OpenFirstCamera();
+    const uint32_t payload = ReadU32(0x1014);
+    auto write = [&](uint64_t aAddress, uint32_t aValue) {
+        size_t size = sizeof(aValue);
+        return mGenTL->GCWritePort(mPort, aAddress, &aValue, &size);
+    };
+    // SensorWidth, SensorHeight, PayloadSize, FrameCounter, the vendor name.
+    for (uint64_t address : {0x1018u, 0x101Cu, 0x1014u, 0x104Cu, 0x0000u})
+        EXPECT_EQ(write(address, 12345), GC_ERR_ACCESS_DENIED) << std::hex << address;
+    EXPECT_EQ(ReadU32(0x1018), 1280u);
+    EXPECT_EQ(ReadU32(0x1014), payload);
+    // A write that reaches into a read-only register is refused whole.
+    uint32_t both[2] = {320, 1};
+    size_t size = sizeof(both);
+    EXPECT_EQ(mGenTL->GCWritePort(mPort, 0x1010, both, &size), GC_ERR_ACCESS_DENIED);
+    EXPECT_EQ(ReadU32(0x1010), 0x01080001u);
+    // Stacked writes stop at the refused one.
+    uint32_t width = 320, sensor = 1;
+    PORT_REGISTER_STACK_ENTRY entries[2] = {{0x1000, &width, 4}, {0x1018, &sensor, 4}};
+    size_t count = 2;
+    EXPECT_EQ(mGenTL->GCWritePortStacked(mPort, entries, &count), GC_ERR_ACCESS_DENIED);
+    EXPECT_EQ(count, 1u);
+    EXPECT_EQ(ReadU32(0x1000), 320u);
+    // The document's space.
+    uint64_t address = 0;
+    size = sizeof(address);
+    INFO_DATATYPE type = 0;
+    ASSERT_EQ(
+        mGenTL->GCGetPortURLInfo(mPort, 0, URL_INFO_FILE_REGISTER_ADDRESS, &type, &address, &size),
+        GC_ERR_SUCCESS);
+    EXPECT_EQ(write(address, 0), GC_ERR_ACCESS_DENIED);
+    EXPECT_EQ(FetchDocument()[0], '<');
+}
+
 TEST_F(SimulatorTest, ThousandFramesCarryThePatternAndConsecutiveCounters) {
     OpenFirstCamera();
     std::string streamId = mGenTL->Text(
