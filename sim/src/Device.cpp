@@ -1,6 +1,7 @@
 #include "Device.h"
 
 #include <chrono>
+#include <cmath>
 #include <cstring>
 #include <fstream>
 #include <iterator>
@@ -61,6 +62,8 @@ void Device::Reset() {
     WriteU32(reg::kHeight, mConfig.height);
     WriteU32(reg::kPixelFormat, mConfig.pixelFormat);
     WriteU32(reg::kTemperature, 250); // 25 degrees
+    for (uint32_t selector = 0; selector < chunk::kSelectors; ++selector)
+        WriteU32(reg::kChunkEnable + 4 * selector, 1);
     memcpy(mSpace.data() + reg::kFrameRate, &mConfig.frameRate, 8);
     const double exposure = 10000.0;
     memcpy(mSpace.data() + reg::kExposure, &exposure, 8);
@@ -132,27 +135,43 @@ void Device::WriteText(uint64_t aAddress, const std::string& aText, size_t aLeng
 
 uint32_t Device::ReadU32(uint64_t aAddress) {
     std::lock_guard<std::mutex> hold(mLock);
+    return U32(aAddress);
+}
+
+double Device::ReadF64(uint64_t aAddress) {
+    std::lock_guard<std::mutex> hold(mLock);
+    return F64(aAddress);
+}
+
+uint32_t Device::U32(uint64_t aAddress) const {
     uint32_t value;
     memcpy(&value, mSpace.data() + aAddress, 4);
     return value;
 }
 
-double Device::ReadF64(uint64_t aAddress) {
-    std::lock_guard<std::mutex> hold(mLock);
+double Device::F64(uint64_t aAddress) const {
     double value;
     memcpy(&value, mSpace.data() + aAddress, 8);
     return value;
 }
 
+bool Device::ChunksOnLocked() const {
+    if (!U32(reg::kChunkMode)) return false;
+    for (uint32_t selector = 1; selector < chunk::kSelectors; ++selector)
+        if (U32(reg::kChunkEnable + 4 * selector)) return true;
+    return false;
+}
+
+bool Device::ChunksOn() {
+    std::lock_guard<std::mutex> hold(mLock);
+    return ChunksOnLocked();
+}
+
 void Device::UpdatePayload() {
-    uint32_t width, height, format, chunks;
-    memcpy(&width, mSpace.data() + reg::kWidth, 4);
-    memcpy(&height, mSpace.data() + reg::kHeight, 4);
-    memcpy(&format, mSpace.data() + reg::kPixelFormat, 4);
-    memcpy(&chunks, mSpace.data() + reg::kChunkMode, 4);
-    const tPixelFormat* f = FindFormat(format);
-    uint64_t payload = f ? static_cast<uint64_t>(width) * height * f->bitsPerPixel / 8 : 0;
-    if (chunks) payload += 16;
+    const tPixelFormat* f = FindFormat(U32(reg::kPixelFormat));
+    uint64_t payload =
+        f ? static_cast<uint64_t>(U32(reg::kWidth)) * U32(reg::kHeight) * f->bitsPerPixel / 8 : 0;
+    if (ChunksOnLocked()) payload += chunk::kOverhead;
     WriteU32(reg::kPayloadSize, static_cast<uint32_t>(payload));
 }
 
@@ -209,7 +228,9 @@ void Device::Apply(uint64_t aAddress, size_t aSize) {
     };
     if (!mConfig.document.empty()) return;
     if (touches(reg::kWidth) || touches(reg::kHeight) || touches(reg::kPixelFormat) ||
-        touches(reg::kChunkMode))
+        touches(reg::kChunkMode) ||
+        (aAddress < reg::kChunkEnable + 4 * chunk::kSelectors &&
+         reg::kChunkEnable < aAddress + aSize))
         UpdatePayload();
     if (touches(reg::kAcquisitionStart)) mAcquiring.store(true);
     if (touches(reg::kAcquisitionStop)) mAcquiring.store(false);
@@ -234,12 +255,16 @@ void Device::Close() {
     mOpen = false;
 }
 
-void Device::CountFrame() {
+chunk::tValues Device::CountFrame() {
     std::lock_guard<std::mutex> hold(mLock);
-    uint32_t count;
-    memcpy(&count, mSpace.data() + reg::kFrameCounter, 4);
-    ++count;
-    memcpy(mSpace.data() + reg::kFrameCounter, &count, 4);
+    chunk::tValues values;
+    values.frameCount = U32(reg::kFrameCounter) + 1;
+    WriteU32(reg::kFrameCounter, values.frameCount);
+    values.userValue = U32(reg::kUserValue);
+    values.exposure = static_cast<uint32_t>(std::lround(F64(reg::kExposure)));
+    values.gain = static_cast<uint32_t>(std::lround(F64(reg::kGain)));
+    values.levels = (U32(reg::kLineStatus) & 0xFFFF) << 16 | (U32(reg::kUserOutputs) & 0x3);
+    return values;
 }
 
 void Device::SetPlugged(bool aPlugged) {

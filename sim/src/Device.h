@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "ChunkLayout.h"
 #include "Event.h"
 #include "Topology.h"
 
@@ -27,6 +28,9 @@ constexpr uint64_t kAcquisitionStart = 0x1020, kAcquisitionStop = 0x1024;
 constexpr uint64_t kFrameRate = 0x1028, kExposure = 0x1030, kGain = 0x1038;
 constexpr uint64_t kChunkMode = 0x1048, kFrameCounter = 0x104C, kTLParamsLocked = 0x1050;
 constexpr uint64_t kTemperature = 0x1070;
+constexpr uint64_t kUserOutputs = 0x1080, kLineStatus = 0x1090;
+constexpr uint64_t kChunkSelector = 0x10B0, kChunkEnable = 0x10C0; // one word per selector
+constexpr uint64_t kUserValue = 0x10E0;
 constexpr uint64_t kDocument = 0x100000;
 constexpr uint64_t kSpaceSize = 0x400000; // room for a 3 MiB document
 } // namespace reg
@@ -66,7 +70,10 @@ public:
 
     // The camera acquires between its AcquisitionStart and AcquisitionStop.
     bool Acquiring() const { return mAcquiring.load(); }
-    void CountFrame();
+    // Whether frames carry chunks: ChunkModeActive, and a chunk besides the image enabled.
+    bool ChunksOn();
+    // Counts a frame; gives the values its chunk carries.
+    chunk::tValues CountFrame();
     void SetPlugged(bool aPlugged);
     bool Plugged() const { return mPlugged.load(); }
 
@@ -75,6 +82,9 @@ public:
 
 private:
     void Reset();
+    // Register values, with the lock held.
+    uint32_t U32(uint64_t aAddress) const;
+    double F64(uint64_t aAddress) const;
     void WriteU32(uint64_t aAddress, uint32_t aValue);
     void WriteText(uint64_t aAddress, const std::string& aText, size_t aLength);
     // Whether a write touches a register that only the camera sets, or the document.
@@ -82,6 +92,7 @@ private:
     // Applies what a register write means to the camera.
     void Apply(uint64_t aAddress, size_t aSize);
     void UpdatePayload();
+    bool ChunksOnLocked() const;
 
     Interface* mParent;
     tCameraConfig mConfig;

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "BigEndian.h"
 #include "Info.h"
 
 namespace sim {
@@ -15,11 +16,6 @@ template <class T> T Load(const uint8_t* aAt) {
     T value;
     memcpy(&value, aAt, sizeof(value));
     return value;
-}
-
-void PutBigEndian(uint8_t* aAt, uint64_t aValue, size_t aWidth) {
-    for (size_t i = 0; i < aWidth; ++i)
-        aAt[i] = static_cast<uint8_t>(aValue >> (8 * (aWidth - 1 - i)));
 }
 
 // A text of at most the bytes there are.
@@ -43,10 +39,10 @@ GC_ERROR RemoteInfo(const uint8_t* aData, size_t aSize, EVENT_DATA_INFO_CMD aCom
     case EVENT_DATA_VALUE: {
         std::vector<uint8_t> block(kEventBlockHeader + aSize - kRemoteHeader, 0);
         const uint64_t stamp = Load<uint64_t>(aData + 8);
-        PutBigEndian(&block[2], id, 2);
-        PutBigEndian(&block[6], Load<uint32_t>(aData + 4), 2);
-        PutBigEndian(&block[8], stamp >> 32, 4);
-        PutBigEndian(&block[12], stamp, 4);
+        StoreBigEndian(&block[2], id, 2);
+        StoreBigEndian(&block[6], Load<uint32_t>(aData + 4), 2);
+        StoreBigEndian(&block[8], stamp >> 32, 4);
+        StoreBigEndian(&block[12], stamp, 4);
         memcpy(block.data() + kEventBlockHeader, aData + kRemoteHeader, aSize - kRemoteHeader);
         return Reply(INFO_DATATYPE_BUFFER, block.data(), block.size(), aType, aBuffer, aBufferSize);
     }

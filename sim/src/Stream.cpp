@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "BigEndian.h"
 #include "Device.h"
 #include "Info.h"
 #include "Transport.h"
@@ -11,9 +12,25 @@
 namespace sim {
 
 namespace {
-constexpr uint32_t kChunkId = 0x5A5A0001;
-constexpr size_t kChunkBytes = 16; // frame id and timestamp
-
+// The chunk block after an image of aImage bytes: the image's tag, the
+// simulator's chunk and its tag.
+void WriteChunks(uint8_t* aBase, size_t aImage, const chunk::tValues& aValues, uint64_t aFrameId,
+                 uint64_t aTimestamp) {
+    uint8_t* tag = aBase + aImage;
+    StoreBigEndian(tag, chunk::kImageId, 4);
+    StoreBigEndian(tag + 4, aImage, 4);
+    uint8_t* data = tag + chunk::kTag;
+    memset(data, 0, chunk::kSimLength);
+    StoreBigEndian(data + chunk::kFrameCount, aValues.frameCount, 4);
+    StoreBigEndian(data + chunk::kUserValue, aValues.userValue, 4);
+    StoreBigEndian(data + chunk::kExposure, aValues.exposure, 4);
+    StoreBigEndian(data + chunk::kGain, aValues.gain, 4);
+    StoreBigEndian(data + chunk::kLevels, aValues.levels, 4);
+    StoreBigEndian(data + chunk::kFrameId, aFrameId, 8);
+    StoreBigEndian(data + chunk::kTimestamp, aTimestamp, 8);
+    StoreBigEndian(data + chunk::kSimLength, chunk::kSimId, 4);
+    StoreBigEndian(data + chunk::kSimLength + 4, chunk::kSimLength, 4);
+}
 } // namespace
 
 Stream::Stream(Device* aDevice)
@@ -159,19 +176,18 @@ GC_ERROR Stream::Stop() {
 // the buffer belongs to the camera meanwhile. What the buffer says about it
 // is set afterwards, under the lock.
 Stream::tFilled Stream::Deliver(uint8_t* aBase, size_t aSize, const FrameGenerator& aGenerator,
-                                bool aChunks) {
+                                bool aChunks, const chunk::tValues& aValues) {
     tFilled f;
     f.frameId = mNextFrameId++;
     f.timestamp = TimestampNs();
     f.imageSize = aGenerator.ImageSize();
-    const size_t payload = f.imageSize + (aChunks ? kChunkBytes : 0);
-    f.status = aSize < payload ? GC_ERR_BUFFER_TOO_SMALL_QRX : 0;
+    f.dataSize = f.imageSize + (aChunks ? chunk::kOverhead : 0);
+    f.status = aSize < f.dataSize ? GC_ERR_BUFFER_TOO_SMALL_QRX : 0;
     f.filled = aGenerator.Fill(aBase, aSize, f.frameId);
-    if (aChunks && aSize >= payload) {
-        memcpy(aBase + f.imageSize, &f.frameId, 8);
-        memcpy(aBase + f.imageSize + 8, &f.timestamp, 8);
-        f.filled = payload;
-        f.chunkSize = kChunkBytes;
+    if (aChunks && aSize >= f.dataSize) {
+        WriteChunks(aBase, f.imageSize, aValues, f.frameId, f.timestamp);
+        f.filled = f.dataSize;
+        f.chunks = true;
     }
     f.incomplete = f.status != 0;
     uint32_t incomplete = mIncomplete.load();
@@ -189,7 +205,7 @@ void Stream::Run() {
     FrameGenerator generator;
     generator.Configure(device->ReadU32(reg::kPixelFormat), device->ReadU32(reg::kWidth),
                         device->ReadU32(reg::kHeight));
-    const bool chunks = device->ReadU32(reg::kChunkMode) != 0;
+    const bool chunks = device->ChunksOn();
     const uint32_t width = device->ReadU32(reg::kWidth), height = device->ReadU32(reg::kHeight);
     const uint32_t offsetX = device->ReadU32(reg::kOffsetX),
                    offsetY = device->ReadU32(reg::kOffsetY);
@@ -215,15 +231,16 @@ void Stream::Run() {
         buffer->queued = false;
         buffer->acquiring = true;
         hold.unlock();
-        const tFilled filled = Deliver(buffer->base, buffer->size, generator, chunks);
-        device->CountFrame();
+        const chunk::tValues values = device->CountFrame();
+        const tFilled filled = Deliver(buffer->base, buffer->size, generator, chunks, values);
         hold.lock();
         buffer->acquiring = false;
         buffer->newData = true;
         buffer->frameId = filled.frameId;
         buffer->timestamp = filled.timestamp;
+        buffer->dataSize = filled.dataSize;
         buffer->imageSize = filled.imageSize;
-        buffer->chunkSize = filled.chunkSize;
+        buffer->chunks = filled.chunks;
         buffer->filled = filled.filled;
         buffer->status = filled.status;
         buffer->incomplete = filled.incomplete;
@@ -283,80 +300,99 @@ GC_ERROR Stream::BufferInfo(BUFFER_HANDLE aHandle, int32_t aCommand, INFO_DATATY
     std::lock_guard<std::mutex> hold(mLock);
     Buffer* b = Find(aHandle);
     if (!b) return GC_ERR_INVALID_HANDLE;
+    return BufferInfo(*b, aCommand, aType, aBuffer, aSize);
+}
+
+// With the lock held.
+GC_ERROR Stream::BufferInfo(const Buffer& b, int32_t aCommand, INFO_DATATYPE* aType, void* aBuffer,
+                            size_t* aSize) {
+    auto size = [&](size_t aValue) {
+        return ReplyValue(INFO_DATATYPE_SIZET, aValue, aType, aBuffer, aSize);
+    };
+    auto flag = [&](bool aValue) {
+        return ReplyValue(INFO_DATATYPE_BOOL8, bool8_t{aValue}, aType, aBuffer, aSize);
+    };
+    auto number = [&](uint64_t aValue) {
+        return ReplyValue(INFO_DATATYPE_UINT64, aValue, aType, aBuffer, aSize);
+    };
     switch (aCommand) {
     case BUFFER_INFO_BASE:
-        return ReplyValue(INFO_DATATYPE_PTR, static_cast<void*>(b->base), aType, aBuffer, aSize);
+        return ReplyValue(INFO_DATATYPE_PTR, static_cast<void*>(b.base), aType, aBuffer, aSize);
     case BUFFER_INFO_SIZE:
-        return ReplyValue(INFO_DATATYPE_SIZET, b->size, aType, aBuffer, aSize);
+        return size(b.size);
     case BUFFER_INFO_USER_PTR:
-        return ReplyValue(INFO_DATATYPE_PTR, b->user, aType, aBuffer, aSize);
-    case BUFFER_INFO_TIMESTAMP:
-        return ReplyValue(INFO_DATATYPE_UINT64, b->timestamp, aType, aBuffer, aSize);
+        return ReplyValue(INFO_DATATYPE_PTR, b.user, aType, aBuffer, aSize);
+    case BUFFER_INFO_TIMESTAMP: // ticks of a 1 GHz clock
+    case BUFFER_INFO_TIMESTAMP_NS:
+        return number(b.timestamp);
     case BUFFER_INFO_NEW_DATA:
-        return ReplyValue(INFO_DATATYPE_BOOL8, bool8_t{b->newData}, aType, aBuffer, aSize);
+        return flag(b.newData);
     case BUFFER_INFO_IS_QUEUED:
-        return ReplyValue(INFO_DATATYPE_BOOL8, bool8_t{b->queued}, aType, aBuffer, aSize);
+        return flag(b.queued);
     case BUFFER_INFO_IS_ACQUIRING:
-        return ReplyValue(INFO_DATATYPE_BOOL8, bool8_t{b->acquiring}, aType, aBuffer, aSize);
+        return flag(b.acquiring);
     case BUFFER_INFO_IS_INCOMPLETE:
-        return ReplyValue(INFO_DATATYPE_BOOL8, bool8_t{b->incomplete}, aType, aBuffer, aSize);
+        return flag(b.incomplete);
     case BUFFER_INFO_TLTYPE:
         return ReplyText(TransportType(), aType, aBuffer, aSize);
     case BUFFER_INFO_SIZE_FILLED:
-        return ReplyValue(INFO_DATATYPE_SIZET, b->filled, aType, aBuffer, aSize);
+        return size(b.filled);
     case BUFFER_INFO_WIDTH:
-        return ReplyValue(INFO_DATATYPE_SIZET, size_t{b->width}, aType, aBuffer, aSize);
+        return size(b.width);
     case BUFFER_INFO_HEIGHT:
-        return ReplyValue(INFO_DATATYPE_SIZET, size_t{b->height}, aType, aBuffer, aSize);
+    case BUFFER_INFO_DELIVERED_IMAGEHEIGHT:
+        return size(b.height);
     case BUFFER_INFO_XOFFSET:
-        return ReplyValue(INFO_DATATYPE_SIZET, size_t{b->offsetX}, aType, aBuffer, aSize);
+        return size(b.offsetX);
     case BUFFER_INFO_YOFFSET:
-        return ReplyValue(INFO_DATATYPE_SIZET, size_t{b->offsetY}, aType, aBuffer, aSize);
+        return size(b.offsetY);
     case BUFFER_INFO_XPADDING:
     case BUFFER_INFO_YPADDING:
-        return ReplyValue(INFO_DATATYPE_SIZET, size_t{0}, aType, aBuffer, aSize);
-    case BUFFER_INFO_FRAMEID:
-        return ReplyValue(INFO_DATATYPE_UINT64, b->frameId, aType, aBuffer, aSize);
-    case BUFFER_INFO_IMAGEPRESENT:
-        return ReplyValue(INFO_DATATYPE_BOOL8, bool8_t{1}, aType, aBuffer, aSize);
     case BUFFER_INFO_IMAGEOFFSET:
-        return ReplyValue(INFO_DATATYPE_SIZET, size_t{0}, aType, aBuffer, aSize);
+        return size(0);
+    case BUFFER_INFO_FRAMEID:
+        return number(b.frameId);
+    case BUFFER_INFO_IMAGEPRESENT:
+        return flag(true);
     case BUFFER_INFO_PAYLOADTYPE:
-        return ReplyValue(INFO_DATATYPE_SIZET, size_t{PAYLOAD_TYPE_IMAGE}, aType, aBuffer, aSize);
+        return size(PAYLOAD_TYPE_IMAGE);
     case BUFFER_INFO_PIXELFORMAT:
-        return ReplyValue(INFO_DATATYPE_UINT64, uint64_t{b->pixelFormat}, aType, aBuffer, aSize);
+        return number(b.pixelFormat);
     case BUFFER_INFO_PIXELFORMAT_NAMESPACE:
-        return ReplyValue(INFO_DATATYPE_UINT64, uint64_t{PIXELFORMAT_NAMESPACE_PFNC_32BIT}, aType,
-                          aBuffer, aSize);
-    case BUFFER_INFO_DELIVERED_IMAGEHEIGHT:
-        return ReplyValue(INFO_DATATYPE_SIZET, size_t{b->height}, aType, aBuffer, aSize);
-    case BUFFER_INFO_DELIVERED_CHUNKPAYLOADSIZE:
-        return ReplyValue(INFO_DATATYPE_SIZET, b->chunkSize, aType, aBuffer, aSize);
+        return number(PIXELFORMAT_NAMESPACE_PFNC_32BIT);
+    case BUFFER_INFO_DELIVERED_CHUNKPAYLOADSIZE: // the whole payload is chunks, the image first
+        return size(b.chunks ? b.filled : 0);
+    case BUFFER_INFO_CHUNKLAYOUTID: // one layout: the simulator's chunk after the image
+        return number(b.chunks ? 1 : 0);
+    case BUFFER_INFO_FILENAME: // no file payloads
+        return ReplyText("", aType, aBuffer, aSize);
+    case BUFFER_INFO_PIXEL_ENDIANNESS:
+        return ReplyValue(INFO_DATATYPE_INT32, int32_t{PIXELENDIANNESS_LITTLE}, aType, aBuffer,
+                          aSize);
+    case BUFFER_INFO_DATA_SIZE:
+        return size(b.dataSize);
+    case BUFFER_INFO_DATA_LARGER_THAN_BUFFER:
+        return flag(b.dataSize > b.size);
+    case BUFFER_INFO_CONTAINS_CHUNKDATA:
+        return flag(b.chunks);
     case BUFFER_INFO_BUNDLE_QRX: {
-        if (aType) *aType = INFO_DATATYPE_BUFFER;
-        if (!aSize) return GC_ERR_INVALID_PARAMETER;
-        if (!aBuffer) {
-            *aSize = sizeof(S_BUFFER_INFO_BUNDLE);
-            return GC_ERR_SUCCESS;
-        }
-        if (*aSize < sizeof(S_BUFFER_INFO_BUNDLE)) return GC_ERR_BUFFER_TOO_SMALL;
-        *aSize = sizeof(S_BUFFER_INFO_BUNDLE);
         S_BUFFER_INFO_BUNDLE bundle{};
         bundle.ValidFlags = BUFFER_VALID_TIMESTAMP_QRX | BUFFER_VALID_WIDTH_QRX |
                             BUFFER_VALID_HEIGHT_QRX | BUFFER_VALID_XOFFSET_QRX |
                             BUFFER_VALID_YOFFSET_QRX;
-        bundle.Timestamp = b->timestamp;
-        bundle.FrameID = b->frameId;
-        bundle.Status = b->status != 0 ? b->status : (b->incomplete ? GC_ERR_IO : 0);
-        bundle.Width = b->width;
-        bundle.Height = b->height;
-        bundle.XOffset = b->offsetX;
-        bundle.YOffset = b->offsetY;
-        bundle.ImageSize = static_cast<uint32_t>(b->imageSize);
-        bundle.PixelFormat = b->pixelFormat;
-        bundle.AncillarySize = static_cast<uint32_t>(b->chunkSize);
-        memcpy(aBuffer, &bundle, sizeof(bundle));
-        return GC_ERR_SUCCESS;
+        bundle.Timestamp = b.timestamp;
+        bundle.FrameID = b.frameId;
+        bundle.Status = b.status != 0 ? b.status : (b.incomplete ? GC_ERR_IO : 0);
+        bundle.Width = b.width;
+        bundle.Height = b.height;
+        bundle.XOffset = b.offsetX;
+        bundle.YOffset = b.offsetY;
+        // The ancillary block begins where the simulator's chunk data does.
+        const size_t image = b.imageSize + (b.chunks ? chunk::kTag : 0);
+        bundle.ImageSize = static_cast<uint32_t>(image);
+        bundle.PixelFormat = b.pixelFormat;
+        bundle.AncillarySize = static_cast<uint32_t>(b.chunks ? b.filled - image : 0);
+        return Reply(INFO_DATATYPE_BUFFER, &bundle, sizeof(bundle), aType, aBuffer, aSize);
     }
     default:
         return GC_ERR_NOT_IMPLEMENTED;
@@ -382,35 +418,31 @@ GC_ERROR Stream::PartInfo(BUFFER_HANDLE aHandle, uint32_t aIndex, int32_t aComma
     Buffer* b = Find(aHandle);
     if (!b) return GC_ERR_INVALID_HANDLE;
     if (aIndex != 0) return GC_ERR_INVALID_INDEX;
+    // The one part is the image: most answers are the buffer's.
     switch (aCommand) {
-    case BUFFER_PART_INFO_BASE:
-        return ReplyValue(INFO_DATATYPE_PTR, static_cast<void*>(b->base), aType, aBuffer, aSize);
     case BUFFER_PART_INFO_DATA_SIZE:
         return ReplyValue(INFO_DATATYPE_SIZET, b->imageSize, aType, aBuffer, aSize);
     case BUFFER_PART_INFO_DATA_TYPE:
         return ReplyValue(INFO_DATATYPE_SIZET, size_t{PART_DATATYPE_2D_IMAGE}, aType, aBuffer,
                           aSize);
-    case BUFFER_PART_INFO_DATA_FORMAT:
-        return ReplyValue(INFO_DATATYPE_UINT64, uint64_t{b->pixelFormat}, aType, aBuffer, aSize);
-    case BUFFER_PART_INFO_DATA_FORMAT_NAMESPACE:
-        return ReplyValue(INFO_DATATYPE_UINT64, uint64_t{PIXELFORMAT_NAMESPACE_PFNC_32BIT}, aType,
-                          aBuffer, aSize);
-    case BUFFER_PART_INFO_WIDTH:
-        return ReplyValue(INFO_DATATYPE_SIZET, size_t{b->width}, aType, aBuffer, aSize);
-    case BUFFER_PART_INFO_HEIGHT:
-    case BUFFER_PART_INFO_DELIVERED_IMAGEHEIGHT:
-        return ReplyValue(INFO_DATATYPE_SIZET, size_t{b->height}, aType, aBuffer, aSize);
-    case BUFFER_PART_INFO_XOFFSET:
-        return ReplyValue(INFO_DATATYPE_SIZET, size_t{b->offsetX}, aType, aBuffer, aSize);
-    case BUFFER_PART_INFO_YOFFSET:
-        return ReplyValue(INFO_DATATYPE_SIZET, size_t{b->offsetY}, aType, aBuffer, aSize);
-    case BUFFER_PART_INFO_XPADDING:
-        return ReplyValue(INFO_DATATYPE_SIZET, size_t{0}, aType, aBuffer, aSize);
     case BUFFER_PART_INFO_SOURCE_ID:
         return ReplyValue(INFO_DATATYPE_UINT64, uint64_t{0}, aType, aBuffer, aSize);
     default:
-        return GC_ERR_NOT_IMPLEMENTED;
+        break;
     }
+    static const std::pair<int32_t, int32_t> kSameAsBuffer[] = {
+        {BUFFER_PART_INFO_BASE, BUFFER_INFO_BASE},
+        {BUFFER_PART_INFO_DATA_FORMAT, BUFFER_INFO_PIXELFORMAT},
+        {BUFFER_PART_INFO_DATA_FORMAT_NAMESPACE, BUFFER_INFO_PIXELFORMAT_NAMESPACE},
+        {BUFFER_PART_INFO_WIDTH, BUFFER_INFO_WIDTH},
+        {BUFFER_PART_INFO_HEIGHT, BUFFER_INFO_HEIGHT},
+        {BUFFER_PART_INFO_XOFFSET, BUFFER_INFO_XOFFSET},
+        {BUFFER_PART_INFO_YOFFSET, BUFFER_INFO_YOFFSET},
+        {BUFFER_PART_INFO_XPADDING, BUFFER_INFO_XPADDING},
+        {BUFFER_PART_INFO_DELIVERED_IMAGEHEIGHT, BUFFER_INFO_DELIVERED_IMAGEHEIGHT}};
+    for (const auto& [part, buffer] : kSameAsBuffer)
+        if (part == aCommand) return BufferInfo(*b, buffer, aType, aBuffer, aSize);
+    return GC_ERR_NOT_IMPLEMENTED;
 }
 
 GC_ERROR Stream::Chunks(BUFFER_HANDLE aHandle, SINGLE_CHUNK_DATA* aChunks, size_t* aCount) {
@@ -418,14 +450,14 @@ GC_ERROR Stream::Chunks(BUFFER_HANDLE aHandle, SINGLE_CHUNK_DATA* aChunks, size_
     std::lock_guard<std::mutex> hold(mLock);
     Buffer* b = Find(aHandle);
     if (!b) return GC_ERR_INVALID_HANDLE;
-    if (b->chunkSize == 0) return GC_ERR_NO_DATA;
-    if (!aChunks) {
-        *aCount = 1;
-        return GC_ERR_SUCCESS;
-    }
-    if (*aCount < 1) return GC_ERR_BUFFER_TOO_SMALL;
-    aChunks[0] = {kChunkId, static_cast<ptrdiff_t>(b->imageSize), b->chunkSize};
-    *aCount = 1;
+    if (!b->chunks) return GC_ERR_NO_DATA;
+    const SINGLE_CHUNK_DATA chunks[] = {
+        {chunk::kImageId, 0, b->imageSize},
+        {chunk::kSimId, static_cast<ptrdiff_t>(b->imageSize + chunk::kTag), chunk::kSimLength}};
+    const size_t count = sizeof(chunks) / sizeof(chunks[0]);
+    if (aChunks && *aCount < count) return GC_ERR_BUFFER_TOO_SMALL;
+    if (aChunks) memcpy(aChunks, chunks, sizeof(chunks));
+    *aCount = count;
     return GC_ERR_SUCCESS;
 }
 

@@ -12,6 +12,7 @@
 #include <string>
 #include <thread>
 
+#include "ChunkLayout.h"
 #include "Event.h"
 #include "FrameGenerator.h"
 
@@ -32,8 +33,9 @@ struct Buffer {
     uint64_t frameId = 0;
     uint64_t timestamp = 0;
     size_t filled = 0;
-    size_t imageSize = 0;
-    size_t chunkSize = 0;
+    size_t dataSize = 0;  // what the frame needed
+    size_t imageSize = 0; // the image alone
+    bool chunks = false;  // a chunk block follows the image
     uint32_t width = 0, height = 0, offsetX = 0, offsetY = 0, pixelFormat = 0;
 };
 
@@ -78,16 +80,20 @@ private:
     struct tFilled {
         uint64_t frameId = 0;
         uint64_t timestamp = 0;
+        size_t dataSize = 0;
         size_t imageSize = 0;
-        size_t chunkSize = 0;
+        bool chunks = false;
         size_t filled = 0;
         int32_t status = 0;
         bool incomplete = false;
     };
 
     Buffer* Find(BUFFER_HANDLE aHandle);
+    GC_ERROR BufferInfo(const Buffer& aBuffer, int32_t aCommand, INFO_DATATYPE* aType, void* aOut,
+                        size_t* aSize);
     void Run();
-    tFilled Deliver(uint8_t* aBase, size_t aSize, const FrameGenerator& aGenerator, bool aChunks);
+    tFilled Deliver(uint8_t* aBase, size_t aSize, const FrameGenerator& aGenerator, bool aChunks,
+                    const chunk::tValues& aValues);
 
     Device* mDevice;
     std::atomic<bool> mOpen{false};
