@@ -6,16 +6,17 @@
 #include <fstream>
 #include <iterator>
 
+#include "Documents.h"
 #include "EventData.h"
 #include "FrameGenerator.h"
 #include "Info.h"
+#include "Modules.h"
+#include "Sha1.h"
 #include "Stream.h"
 #include "Transport.h"
 #include "Zip.h"
 
 namespace sim {
-
-extern const char kDeviceDocument[]; // the built-in document, embedded at build time
 
 uint64_t TimestampNs() {
     return static_cast<uint64_t>(std::chrono::duration_cast<std::chrono::nanoseconds>(
@@ -32,16 +33,19 @@ Device::Device(Interface* aParent, const tCameraConfig& aConfig)
         std::ifstream file(mConfig.document, std::ios::binary);
         text.assign(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
     }
-    if (text.empty()) text.assign(kDeviceDocument, kDeviceDocument + strlen(kDeviceDocument));
+    if (text.empty())
+        text.assign(kRemoteDeviceDocument, kRemoteDeviceDocument + strlen(kRemoteDeviceDocument));
     mDocument = mConfig.zipped ? ZipOneFile("TavikSim.xml", text) : text;
     if (mDocument.size() > reg::kSpaceSize - reg::kDocument)
         mDocument.resize(reg::kSpaceSize - reg::kDocument);
+    mDocumentHash = Sha1(mDocument);
     ReportDocument(reg::kDocument, static_cast<uint32_t>(mDocument.size()));
     Reset();
     // A camera served with a foreign document has no acquisition registers of
     // ours: it delivers whenever its stream runs.
     mAcquiring.store(!mConfig.document.empty());
     mStream = std::make_unique<Stream>(this);
+    mModule = DeviceModule(*this);
 }
 
 Device::~Device() = default;
@@ -62,6 +66,9 @@ void Device::Reset() {
     WriteU32(reg::kHeight, mConfig.height);
     WriteU32(reg::kPixelFormat, mConfig.pixelFormat);
     WriteU32(reg::kTemperature, 250); // 25 degrees
+    WriteU32(reg::kTLType, TypeCode(TransportType()));
+    WriteU32(reg::kPacketSize, 1500);
+    WriteU32(reg::kEventSelector, kEventExposureEnd);
     for (uint32_t selector = 0; selector < chunk::kSelectors; ++selector)
         WriteU32(reg::kChunkEnable + 4 * selector, 1);
     memcpy(mSpace.data() + reg::kFrameRate, &mConfig.frameRate, 8);
@@ -70,12 +77,8 @@ void Device::Reset() {
     UpdatePayload();
 }
 
-std::string Device::Url() {
-    std::lock_guard<std::mutex> hold(mLock);
-    char url[128];
-    snprintf(url, sizeof(url), "Local:%s;%llx;%x", mConfig.zipped ? "TavikSim.zip" : "TavikSim.xml",
-             static_cast<unsigned long long>(mReportedAddress), mReportedSize);
-    return url;
+const std::string& Device::TransportType() const {
+    return mParent->Config().type;
 }
 
 GC_ERROR Device::Info(DEVICE_INFO_CMD aCommand, INFO_DATATYPE* aType, void* aBuffer,
@@ -114,14 +117,32 @@ void Device::ReportDocument(uint64_t aAddress, uint32_t aSize) {
     mReportedSize = aSize;
 }
 
-uint64_t Device::DocumentAddress() {
+Port::tDocument Device::Document() {
     std::lock_guard<std::mutex> hold(mLock);
-    return mReportedAddress;
+    Port::tDocument d;
+    d.address = mReportedAddress;
+    d.size = mReportedSize;
+    d.zipped = mConfig.zipped;
+    d.fileName = mConfig.zipped ? "TavikSim.zip" : "TavikSim.xml";
+    d.sha1 = mDocumentHash;
+    return d;
 }
 
-uint32_t Device::DocumentSize() {
-    std::lock_guard<std::mutex> hold(mLock);
-    return mReportedSize;
+GC_ERROR RemotePort::Read(uint64_t aAddress, void* aBuffer, size_t* aSize) {
+    return mDevice.Read(aAddress, aBuffer, aSize);
+}
+
+GC_ERROR RemotePort::Write(uint64_t aAddress, const void* aBuffer, size_t* aSize) {
+    return mDevice.Write(aAddress, aBuffer, aSize);
+}
+
+Port::tIdentity RemotePort::Identity() {
+    const tCameraConfig& c = mDevice.Config();
+    return {c.id + "-Port", c.vendor, c.model, mDevice.TransportType(), "Device", "Device"};
+}
+
+Port::tDocument RemotePort::Document() {
+    return mDevice.Document();
 }
 
 void Device::WriteU32(uint64_t aAddress, uint32_t aValue) {
@@ -265,6 +286,19 @@ chunk::tValues Device::CountFrame() {
     values.gain = static_cast<uint32_t>(std::lround(F64(reg::kGain)));
     values.levels = (U32(reg::kLineStatus) & 0xFFFF) << 16 | (U32(reg::kUserOutputs) & 0x3);
     return values;
+}
+
+void Device::FrameEvents(uint64_t aFrameId, uint64_t aTimestamp) {
+    bool exposureEnd, frameStart;
+    {
+        std::lock_guard<std::mutex> hold(mLock);
+        if (!mConfig.document.empty()) return;
+        exposureEnd = U32(reg::kEventNotification) != 0;
+        frameStart = U32(reg::kEventNotification + 4) != 0;
+    }
+    const uint32_t block = static_cast<uint32_t>(aFrameId);
+    if (frameStart) mRemoteEvents.Push(RemoteEventData(kEventFrameStart, block, aTimestamp));
+    if (exposureEnd) mRemoteEvents.Push(RemoteEventData(kEventExposureEnd, block, aTimestamp));
 }
 
 void Device::SetPlugged(bool aPlugged) {

@@ -10,6 +10,7 @@
 
 #include "ChunkLayout.h"
 #include "Event.h"
+#include "Port.h"
 #include "Topology.h"
 
 namespace sim {
@@ -27,10 +28,11 @@ constexpr uint64_t kSensorWidth = 0x1018, kSensorHeight = 0x101C;
 constexpr uint64_t kAcquisitionStart = 0x1020, kAcquisitionStop = 0x1024;
 constexpr uint64_t kFrameRate = 0x1028, kExposure = 0x1030, kGain = 0x1038;
 constexpr uint64_t kChunkMode = 0x1048, kFrameCounter = 0x104C, kTLParamsLocked = 0x1050;
-constexpr uint64_t kTemperature = 0x1070;
+constexpr uint64_t kEventSelector = 0x1060, kTemperature = 0x1070, kTLType = 0x1078;
 constexpr uint64_t kUserOutputs = 0x1080, kLineStatus = 0x1090;
 constexpr uint64_t kChunkSelector = 0x10B0, kChunkEnable = 0x10C0; // one word per selector
-constexpr uint64_t kUserValue = 0x10E0;
+constexpr uint64_t kUserValue = 0x10E0, kPacketSize = 0x10F0;
+constexpr uint64_t kEventNotification = 0x1200; // one word per event, from id 40000
 constexpr uint64_t kDocument = 0x100000;
 constexpr uint64_t kSpaceSize = 0x400000; // room for a 3 MiB document
 } // namespace reg
@@ -39,6 +41,24 @@ constexpr uint64_t kSpaceSize = 0x400000; // room for a 3 MiB document
 // DEVICE_INFO_TIMESTAMP_FREQUENCY is 1 GHz.
 uint64_t TimestampNs();
 
+class Device;
+
+// A camera's remote port: its register space and the document in it.
+class RemotePort : public Port {
+public:
+    explicit RemotePort(Device& aDevice) : mDevice(aDevice) {}
+    GC_ERROR Read(uint64_t aAddress, void* aBuffer, size_t* aSize) override;
+    GC_ERROR Write(uint64_t aAddress, const void* aBuffer, size_t* aSize) override;
+    tIdentity Identity() override;
+    tDocument Document() override;
+
+private:
+    Device& mDevice;
+};
+
+// The events a camera sends on its own: their ids, as EventSelector numbers them.
+constexpr uint32_t kEventExposureEnd = 40000, kEventFrameStart = 40001;
+
 class Device {
 public:
     Device(Interface* aParent, const tCameraConfig& aConfig);
@@ -46,7 +66,10 @@ public:
 
     const tCameraConfig& Config() const { return mConfig; }
     Interface* Parent() const { return mParent; }
-    std::string Url();
+    // The transport type of its interface.
+    const std::string& TransportType() const;
+    RemotePort& Remote() { return mRemote; }
+    ModulePort& Module() { return *mModule; }
     GC_ERROR Info(DEVICE_INFO_CMD aCommand, INFO_DATATYPE* aType, void* aBuffer, size_t* aSize);
 
     // Port access; the register space is kept below 4 GiB.
@@ -63,10 +86,8 @@ public:
 
     // Where the camera says its document lies. A test may make it misreport both,
     // to see how a consumer copes with a URL outside the register space.
-    uint64_t DocumentAddress();
-    uint32_t DocumentSize();
+    Port::tDocument Document();
     void ReportDocument(uint64_t aAddress, uint32_t aSize);
-    bool DocumentZipped() const { return mConfig.zipped; }
 
     // The camera acquires between its AcquisitionStart and AcquisitionStop.
     bool Acquiring() const { return mAcquiring.load(); }
@@ -74,6 +95,8 @@ public:
     bool ChunksOn();
     // Counts a frame; gives the values its chunk carries.
     chunk::tValues CountFrame();
+    // Sends the events whose notification is on for a frame taken at aTimestamp.
+    void FrameEvents(uint64_t aFrameId, uint64_t aTimestamp);
     void SetPlugged(bool aPlugged);
     bool Plugged() const { return mPlugged.load(); }
 
@@ -99,6 +122,7 @@ private:
     std::mutex mLock;
     std::vector<uint8_t> mSpace;
     std::vector<uint8_t> mDocument;
+    std::array<uint8_t, 20> mDocumentHash{};
     uint64_t mReportedAddress = reg::kDocument;
     uint32_t mReportedSize = 0;
     std::unique_ptr<Stream> mStream;
@@ -108,6 +132,8 @@ private:
     std::atomic<bool> mAcquiring{false};
     Event mRemoteEvents;
     Event mInvalidations;
+    RemotePort mRemote{*this};
+    std::unique_ptr<ModulePort> mModule;
 };
 
 } // namespace sim

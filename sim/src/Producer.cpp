@@ -1,5 +1,7 @@
 #include "Producer.h"
 
+#include <dlfcn.h>
+
 #if defined(__SANITIZE_ADDRESS__)
 #include <sanitizer/lsan_interface.h>
 #endif
@@ -22,6 +24,13 @@ struct tProducerKeeper {
     }
 };
 } // namespace
+
+std::string ModulePath() {
+    Dl_info info{};
+    if (dladdr(reinterpret_cast<void*>(&ModulePath), &info) && info.dli_fname)
+        return info.dli_fname;
+    return "TavikSim.cti";
+}
 
 tProducer& Producer() {
     static tProducerKeeper keeper;

@@ -12,16 +12,19 @@
 
 namespace sim {
 
-// The remote port of a device, a handle of its own.
-struct tPort {
-    Device* device;
-};
+// Who the producer is, as its infos and its transport layer's document say.
+constexpr const char* kProducerId = "TavikSim";
+constexpr const char* kProducerVendor = "Tavik";
+constexpr const char* kProducerModel = "TavikSim camera simulator";
+constexpr const char* kProducerVersion = "1.0";
+
+// The path this module was loaded from.
+std::string ModulePath();
 
 struct tProducer {
     std::mutex lock;
     std::atomic<bool> initialised{false}; // read without the lock by every entry
     std::unique_ptr<System> system;
-    std::map<Device*, std::unique_ptr<tPort>> ports;
     Handles handles;
     Faults faults;
     std::set<std::unique_ptr<Event>> madeEvents;

@@ -7,7 +7,7 @@
 #include "BigEndian.h"
 #include "Device.h"
 #include "Info.h"
-#include "Transport.h"
+#include "Modules.h"
 
 namespace sim {
 
@@ -34,7 +34,8 @@ void WriteChunks(uint8_t* aBase, size_t aImage, const chunk::tValues& aValues, u
 } // namespace
 
 Stream::Stream(Device* aDevice)
-    : mDevice(aDevice), mNewBuffers(EVENT_NEW_BUFFER, this, sizeof(EVENT_NEW_BUFFER_DATA)) {}
+    : mDevice(aDevice), mNewBuffers(EVENT_NEW_BUFFER, this, sizeof(EVENT_NEW_BUFFER_DATA)),
+      mModule(StreamModule(*this)) {}
 
 Stream::~Stream() {
     Stop();
@@ -61,7 +62,7 @@ Buffer* Stream::Find(BUFFER_HANDLE aHandle) {
 }
 
 const std::string& Stream::TransportType() const {
-    return mDevice->Parent()->Config().type;
+    return mDevice->TransportType();
 }
 
 bool Stream::Owns(BUFFER_HANDLE aHandle) {
@@ -154,9 +155,10 @@ GC_ERROR Stream::Flush(int32_t aOperation) {
 GC_ERROR Stream::Start(uint64_t aCount) {
     std::lock_guard<std::mutex> hold(mLock);
     if (mRunning) return GC_ERR_RESOURCE_IN_USE;
+    // A run that ended by its count has left the lock for good.
+    if (mThread.joinable()) mThread.join();
     mRunning = true;
     mToAcquire = aCount;
-    ++mStarted;
     mThread = std::thread([this] { Run(); });
     return GC_ERR_SUCCESS;
 }
@@ -230,9 +232,11 @@ void Stream::Run() {
         mInput.pop_front();
         buffer->queued = false;
         buffer->acquiring = true;
+        ++mStarted;
         hold.unlock();
         const chunk::tValues values = device->CountFrame();
         const tFilled filled = Deliver(buffer->base, buffer->size, generator, chunks, values);
+        device->FrameEvents(filled.frameId, filled.timestamp);
         hold.lock();
         buffer->acquiring = false;
         buffer->newData = true;
@@ -258,38 +262,48 @@ void Stream::Run() {
     mRunning = false;
 }
 
-GC_ERROR Stream::Info(int32_t aCommand, INFO_DATATYPE* aType, void* aBuffer, size_t* aSize) {
+Stream::tCounts Stream::Counts() {
     std::lock_guard<std::mutex> hold(mLock);
+    return {mDelivered,    mUnderruns,     mStarted, mBuffers.size(),
+            mInput.size(), mOutput.size(), mRunning};
+}
+
+GC_ERROR Stream::Info(int32_t aCommand, INFO_DATATYPE* aType, void* aBuffer, size_t* aSize) {
+    const tCounts counts = Counts();
+    auto size = [&](size_t aValue) {
+        return ReplyValue(INFO_DATATYPE_SIZET, aValue, aType, aBuffer, aSize);
+    };
+    auto number = [&](uint64_t aValue) {
+        return ReplyValue(INFO_DATATYPE_UINT64, aValue, aType, aBuffer, aSize);
+    };
     switch (aCommand) {
     case STREAM_INFO_ID:
         return ReplyText(Id(), aType, aBuffer, aSize);
     case STREAM_INFO_NUM_DELIVERED:
-        return ReplyValue(INFO_DATATYPE_UINT64, mDelivered, aType, aBuffer, aSize);
+        return number(counts.delivered);
     case STREAM_INFO_NUM_UNDERRUN:
-        return ReplyValue(INFO_DATATYPE_UINT64, mUnderruns, aType, aBuffer, aSize);
+        return number(counts.underruns);
     case STREAM_INFO_NUM_ANNOUNCED:
-        return ReplyValue(INFO_DATATYPE_SIZET, mBuffers.size(), aType, aBuffer, aSize);
+        return size(counts.announced);
     case STREAM_INFO_NUM_QUEUED:
-        return ReplyValue(INFO_DATATYPE_SIZET, mInput.size(), aType, aBuffer, aSize);
+        return size(counts.queued);
     case STREAM_INFO_NUM_AWAIT_DELIVERY:
-        return ReplyValue(INFO_DATATYPE_SIZET, mOutput.size(), aType, aBuffer, aSize);
+        return size(counts.awaiting);
     case STREAM_INFO_NUM_STARTED:
-        return ReplyValue(INFO_DATATYPE_UINT64, mStarted, aType, aBuffer, aSize);
+        return number(counts.started);
     case STREAM_INFO_PAYLOAD_SIZE:
-        return ReplyValue(INFO_DATATYPE_SIZET, size_t{mDevice->ReadU32(reg::kPayloadSize)}, aType,
-                          aBuffer, aSize);
+        return size(mDevice->ReadU32(reg::kPayloadSize));
     case STREAM_INFO_IS_GRABBING:
-        return ReplyValue(INFO_DATATYPE_BOOL8, bool8_t{mRunning}, aType, aBuffer, aSize);
+        return ReplyValue(INFO_DATATYPE_BOOL8, bool8_t{counts.grabbing}, aType, aBuffer, aSize);
     case STREAM_INFO_DEFINES_PAYLOADSIZE:
         return ReplyValue(INFO_DATATYPE_BOOL8, bool8_t{1}, aType, aBuffer, aSize);
     case STREAM_INFO_TLTYPE:
         return ReplyText(TransportType(), aType, aBuffer, aSize);
     case STREAM_INFO_NUM_CHUNKS_MAX:
-        return ReplyValue(INFO_DATATYPE_SIZET, size_t{1}, aType, aBuffer, aSize);
+        return size(kChunksMax);
     case STREAM_INFO_BUF_ANNOUNCE_MIN:
-        return ReplyValue(INFO_DATATYPE_SIZET, size_t{1}, aType, aBuffer, aSize);
     case STREAM_INFO_BUF_ALIGNMENT:
-        return ReplyValue(INFO_DATATYPE_SIZET, size_t{1}, aType, aBuffer, aSize);
+        return size(1);
     default:
         return GC_ERR_NOT_IMPLEMENTED;
     }
@@ -451,7 +465,7 @@ GC_ERROR Stream::Chunks(BUFFER_HANDLE aHandle, SINGLE_CHUNK_DATA* aChunks, size_
     Buffer* b = Find(aHandle);
     if (!b) return GC_ERR_INVALID_HANDLE;
     if (!b->chunks) return GC_ERR_NO_DATA;
-    const SINGLE_CHUNK_DATA chunks[] = {
+    const SINGLE_CHUNK_DATA chunks[kChunksMax] = {
         {chunk::kImageId, 0, b->imageSize},
         {chunk::kSimId, static_cast<ptrdiff_t>(b->imageSize + chunk::kTag), chunk::kSimLength}};
     const size_t count = sizeof(chunks) / sizeof(chunks[0]);

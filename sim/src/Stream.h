@@ -15,6 +15,7 @@
 #include "ChunkLayout.h"
 #include "Event.h"
 #include "FrameGenerator.h"
+#include "Port.h"
 
 namespace sim {
 
@@ -45,6 +46,8 @@ public:
     ~Stream();
 
     static const char* Id() { return "Stream0"; }
+    // Chunks in a buffer: the image and the simulator's.
+    static constexpr size_t kChunksMax = 2;
     Device* Parent() const { return mDevice; }
     // The type of the interface the camera hangs from.
     const std::string& TransportType() const;
@@ -70,6 +73,15 @@ public:
     GC_ERROR Chunks(BUFFER_HANDLE aHandle, SINGLE_CHUNK_DATA* aChunks, size_t* aCount);
     GC_ERROR BufferAt(uint32_t aIndex, BUFFER_HANDLE* aHandle);
     bool Owns(BUFFER_HANDLE aHandle);
+
+    // What the stream has done, as its infos and its document report it.
+    struct tCounts {
+        uint64_t delivered = 0, underruns = 0, started = 0;
+        size_t announced = 0, queued = 0, awaiting = 0;
+        bool grabbing = false;
+    };
+    tCounts Counts();
+    ModulePort& Module() { return *mModule; }
 
     Event* NewBuffers() { return &mNewBuffers; }
     // The next aCount frames come out incomplete (a test hook).
@@ -111,6 +123,7 @@ private:
     uint64_t mNextFrameId = 1;
     std::atomic<uint32_t> mIncomplete{0};
     Event mNewBuffers;
+    std::unique_ptr<ModulePort> mModule;
 };
 
 } // namespace sim

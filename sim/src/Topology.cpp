@@ -125,6 +125,13 @@ std::string LayerType(const tTopology& aTopology) {
     return first;
 }
 
+uint32_t TypeCode(const std::string& aTlType) {
+    if (aTlType == "Mixed") return 0;
+    if (aTlType == "GEV") return 2;
+    if (aTlType == "U3V" || aTlType == "USB3") return 3;
+    return 1;
+}
+
 tTopology LoadTopology() {
     tTopology t;
     const char* path = getenv("TAVIK_SIM_CONFIG");

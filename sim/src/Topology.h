@@ -51,6 +51,10 @@ struct tTopology {
 // share, "Mixed" when they differ, and "GEV" when there are none.
 std::string LayerType(const tTopology& aTopology);
 
+// A transport type as the modules' type enumerations number it: Mixed 0,
+// Custom 1, GigEVision 2 ("GEV"), USB3Vision 3 ("U3V" or "USB3").
+uint32_t TypeCode(const std::string& aTlType);
+
 // The topology of TAVIK_SIM_CONFIG, or the default when unset or unreadable.
 tTopology LoadTopology();
 tTopology DefaultTopology();

@@ -2,6 +2,7 @@
 
 #include "EventData.h"
 #include "Info.h"
+#include "Modules.h"
 #include "Stream.h"
 
 namespace sim {
@@ -19,6 +20,11 @@ GC_ERROR Listing::Count(uint32_t* aCount) {
     return GC_ERR_SUCCESS;
 }
 
+uint32_t Listing::Count() {
+    std::lock_guard<std::mutex> hold(mLock);
+    return static_cast<uint32_t>(mIds.size());
+}
+
 GC_ERROR Listing::At(uint32_t aIndex, std::string& aId) {
     std::lock_guard<std::mutex> hold(mLock);
     if (aIndex >= mIds.size()) return GC_ERR_INVALID_INDEX;
@@ -31,6 +37,14 @@ Interface::Interface(System* aParent, const tInterfaceConfig& aConfig)
       mDeviceListChanged(EVENT_DEVICE_LIST_CHANGED_QRX, this, kDeviceChangeDataMax) {
     for (const tCameraConfig& camera : aConfig.cameras)
         mDevices.push_back(std::make_unique<Device>(this, camera));
+    mModule = InterfaceModule(*this);
+}
+
+void Interface::UpdateListed(bool8_t* aChanged) {
+    std::vector<std::string> now;
+    for (Device* device : Visible())
+        now.push_back(device->Config().id);
+    listed.Update(std::move(now), aChanged);
 }
 
 std::vector<Device*> Interface::Visible() {
@@ -66,6 +80,14 @@ System::System(const tTopology& aTopology)
     : mTopology(aTopology), mInterfaceListChanged(EVENT_INTERFACE_LIST_CHANGED_QRX, this, 512) {
     for (const tInterfaceConfig& interface : aTopology.interfaces)
         mInterfaces.push_back(std::make_unique<Interface>(this, interface));
+    mModule = SystemModule(*this);
+}
+
+void System::UpdateListed(bool8_t* aChanged) {
+    std::vector<std::string> now;
+    for (auto& interface : mInterfaces)
+        now.push_back(interface->Config().id);
+    listed.Update(std::move(now), aChanged);
 }
 
 Interface* System::Find(const std::string& aId) {
@@ -94,6 +116,13 @@ bool Handles::Is(void* aHandle, tKind aKind) {
     std::lock_guard<std::mutex> hold(mLock);
     auto it = mLive.find(aHandle);
     return it != mLive.end() && it->second == aKind;
+}
+
+std::optional<tKind> Handles::KindOf(void* aHandle) {
+    std::lock_guard<std::mutex> hold(mLock);
+    auto it = mLive.find(aHandle);
+    if (it == mLive.end()) return std::nullopt;
+    return it->second;
 }
 
 void Handles::Clear() {

@@ -6,12 +6,14 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "Device.h"
 #include "Event.h"
+#include "Port.h"
 #include "Topology.h"
 
 namespace sim {
@@ -23,6 +25,7 @@ public:
     // Takes the new list; aChanged (may be null) says whether it differs.
     void Update(std::vector<std::string> aNow, bool8_t* aChanged);
     GC_ERROR Count(uint32_t* aCount);
+    uint32_t Count();
     GC_ERROR At(uint32_t aIndex, std::string& aId);
 
 private:
@@ -42,6 +45,9 @@ public:
     std::vector<Device*> Visible();
     Device* Find(const std::string& aId);
     std::vector<std::unique_ptr<Device>>& Devices() { return mDevices; }
+    // Takes the plugged cameras into the list the consumer sees.
+    void UpdateListed(bool8_t* aChanged);
+    ModulePort& Module() { return *mModule; }
     // False when it is open already: one opener wins.
     bool TryOpen() { return !mOpen.exchange(true); }
     void Close() { mOpen.store(false); }
@@ -54,6 +60,7 @@ private:
     std::vector<std::unique_ptr<Device>> mDevices;
     std::atomic<bool> mOpen{false};
     Event mDeviceListChanged;
+    std::unique_ptr<ModulePort> mModule;
 };
 
 class System {
@@ -64,12 +71,16 @@ public:
     Interface* Find(const std::string& aId);
     Device* FindDevice(const std::string& aId);
     Event* InterfaceListChanged() { return &mInterfaceListChanged; }
+    // Takes the interfaces into the list the consumer sees.
+    void UpdateListed(bool8_t* aChanged);
+    ModulePort& Module() { return *mModule; }
     Listing listed;
 
 private:
     tTopology mTopology;
     std::vector<std::unique_ptr<Interface>> mInterfaces;
     Event mInterfaceListChanged;
+    std::unique_ptr<ModulePort> mModule;
 };
 
 // What a handle may be.
@@ -81,6 +92,8 @@ public:
     void Add(void* aHandle, tKind aKind);
     void Remove(void* aHandle);
     bool Is(void* aHandle, tKind aKind);
+    // What a live handle is.
+    std::optional<tKind> KindOf(void* aHandle);
     void Clear();
 
 private:

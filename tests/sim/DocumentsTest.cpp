@@ -2,6 +2,7 @@
 // Tavik's feature kernel over the producer's own ports, reading and writing
 // features, and reading chunk data through the documents' chunk ports.
 #include <map>
+#include <set>
 #include <type_traits>
 
 #include "SimFixture.h"
@@ -79,9 +80,11 @@ protected:
     }
 
     // A runtime with the documents of the given ports, in order, each port
-    // attached under its name; other ports (chunk, event) as given.
+    // attached under its name; other ports (chunk, event) as given; the
+    // categories named hidden.
     gik::cRuntime* Load(const std::vector<std::pair<const char*, PORT_HANDLE>>& aPorts,
-                        const std::map<std::string, gik::pPort*>& aOthers = {}) {
+                        const std::map<std::string, gik::pPort*>& aOthers = {},
+                        const std::vector<const char*>& aHidden = {}) {
         gik::cRuntime* runtime = llk::Retained(gik::cRuntime::New(false));
         mRuntimes.push_back(runtime);
         EXPECT_EQ(runtime->Prepare(), 0);
@@ -91,6 +94,8 @@ protected:
         }
         for (const auto& [name, port] : aOthers)
             EXPECT_EQ(runtime->AttachPort(name.c_str(), port), 0);
+        for (const char* path : aHidden)
+            runtime->HideAllNodes(path);
         EXPECT_EQ(runtime->Finalize(), 0);
         return runtime;
     }
@@ -117,6 +122,24 @@ protected:
         ASSERT_NE(node, nullptr) << aName;
         aRuntime->ClearPoked();
         EXPECT_EQ(node->SetValue(aRuntime, &aValue, nullptr), 0) << aName;
+    }
+
+    // The features a consumer lists, each read once: their names, and those
+    // that could not be read.
+    struct tListed {
+        std::set<std::string> names, unread;
+    };
+    static tListed ReadAll(gik::cRuntime* aRuntime) {
+        tListed listed;
+        llk::cObjectList* features = aRuntime->Nodes();
+        for (llk::u4 i = 0; i < features->Count(); ++i) {
+            auto* node = static_cast<gik::pNode*>(features->AtIndex(i));
+            listed.names.insert(node->NameText());
+            gik::cValue value;
+            if (node->IsReadable(aRuntime) && node->GetValue(aRuntime, value, nullptr) != 0)
+                listed.unread.insert(node->NameText());
+        }
+        return listed;
     }
 
     llk::uAutoreleasePool mPool;
@@ -192,6 +215,138 @@ TEST_F(DocumentsTest, ChunkFeaturesReadTheFramesChunksAndTheEnginesBlock) {
     StopAndClose(stream);
     chunks->Release();
     block->Release();
+}
+
+// What a module's port says it is: its module, port name and one URL.
+void ExpectModulePort(GenTL& aGenTL, PORT_HANDLE aPort, const char* aModule, const char* aName) {
+    INFO_DATATYPE type = 0;
+    EXPECT_EQ(aGenTL.Text([&](char* b, size_t* s) {
+        return aGenTL.GCGetPortInfo(aPort, PORT_INFO_MODULE, &type, b, s);
+    }),
+              aModule);
+    EXPECT_EQ(aGenTL.Text([&](char* b, size_t* s) {
+        return aGenTL.GCGetPortInfo(aPort, PORT_INFO_PORTNAME, &type, b, s);
+    }),
+              aName);
+    uint32_t urls = 0;
+    EXPECT_EQ(aGenTL.GCGetNumPortURLs(aPort, &urls), GC_ERR_SUCCESS);
+    EXPECT_EQ(urls, 1u);
+}
+
+TEST_F(DocumentsTest, EveryModuleIsAPortWithADocumentOfItsOwn) {
+    OpenFirstCamera();
+    DS_HANDLE stream = nullptr;
+    ASSERT_EQ(mGenTL->DevOpenDataStream(mDevice, "Stream0", &stream), GC_ERR_SUCCESS);
+    ExpectModulePort(*mGenTL, mTL, "TLSystem", "TLPort");
+    ExpectModulePort(*mGenTL, mInterface, "TLInterface", "InterfacePort");
+    ExpectModulePort(*mGenTL, mDevice, "TLDevice", "DevicePort");
+    ExpectModulePort(*mGenTL, stream, "TLDataStream", "StreamPort");
+    gik::cValue one, text;
+    one.SetSigned(1);
+
+    gik::cRuntime* system = Load({{"TLPort", mTL}});
+    EXPECT_TRUE(ReadAll(system).unread.empty());
+    EXPECT_EQ(Get<std::string>(system, "TLVendorName"), "Tavik");
+    EXPECT_EQ(Get<std::string>(system, "TLType"), "GigEVision");
+    EXPECT_EQ(Get<int64_t>(system, "GenTLVersionMinor"), 5);
+    Set(system, "InterfaceUpdateList", one);
+    Set(system, "InterfaceSelector", one);
+    EXPECT_EQ(Get<std::string>(system, "InterfaceID"), InterfaceIds()[1]);
+
+    gik::cRuntime* interface = Load({{"InterfacePort", mInterface}});
+    EXPECT_TRUE(ReadAll(interface).unread.empty());
+    EXPECT_EQ(Get<std::string>(interface, "InterfaceType"), "GigEVision");
+    Set(interface, "DeviceUpdateList", one);
+    EXPECT_EQ(Get<std::string>(interface, "DeviceID"), DeviceIds(mInterface)[0]);
+    EXPECT_EQ(Get<std::string>(interface, "DeviceVendorName"), "Tavik");
+    EXPECT_EQ(Get<std::string>(interface, "DeviceAccessStatus"), "OpenReadWrite");
+    Set(interface, "DeviceSelector", one);
+    EXPECT_EQ(Get<std::string>(interface, "DeviceID"), DeviceIds(mInterface)[1]);
+    EXPECT_EQ(Get<std::string>(interface, "DeviceAccessStatus"), "ReadWrite");
+    text.SetText("Once");
+    Set(interface, "DiscoveryMode", text);
+    EXPECT_EQ(Get<std::string>(interface, "DiscoveryMode"), "Once");
+
+    gik::cRuntime* device = Load({{"DevicePort", mDevice}});
+    EXPECT_TRUE(ReadAll(device).unread.empty());
+    EXPECT_EQ(Get<std::string>(device, "DeviceID"), DeviceIds(mInterface)[0]);
+    EXPECT_EQ(Get<std::string>(device, "DeviceType"), "GigEVision");
+    EXPECT_EQ(Get<std::string>(device, "StreamID"), "Stream0");
+    EXPECT_NE(Get<uint64_t>(device, "GevDeviceMACAddress"), 0u);
+
+    gik::cRuntime* data = Load({{"StreamPort", stream}});
+    EXPECT_TRUE(ReadAll(data).unread.empty());
+    EXPECT_EQ(Get<std::string>(data, "StreamID"), "Stream0");
+    EXPECT_EQ(Get<int64_t>(data, "StreamPayloadSize"), ReadU32(0x1014));
+    EXPECT_EQ(Get<std::string>(data, "StreamType"), "GigEVision");
+    EXPECT_EQ(Get<int64_t>(data, "DeviceReadOnlyOrStreaming"), 0);
+    GrabOne(stream);
+    EXPECT_EQ(Get<int64_t>(data, "StreamAnnouncedBufferCount"), 1);
+    EXPECT_EQ(Get<int64_t>(data, "StreamDeliveredFrameCount"), 1);
+    ASSERT_EQ(mGenTL->DSStartAcquisition(stream, ACQ_START_FLAGS_DEFAULT, GENTL_INFINITE),
+              GC_ERR_SUCCESS);
+    EXPECT_EQ(Get<int64_t>(data, "DeviceReadOnlyOrStreaming"), 1);
+    StopAndClose(stream);
+}
+
+TEST_F(DocumentsTest, ModulePortsRefuseWritesToTheirDocumentAndToReadOnlyRegisters) {
+    OpenFirstCamera();
+    uint64_t address = 0;
+    size_t size = sizeof(address);
+    INFO_DATATYPE type = 0;
+    ASSERT_EQ(mGenTL->GCGetPortURLInfo(mDevice, 0, URL_INFO_FILE_REGISTER_ADDRESS, &type, &address,
+                                       &size),
+              GC_ERR_SUCCESS);
+    uint32_t value = 0;
+    size = sizeof(value);
+    EXPECT_EQ(mGenTL->GCWritePort(mDevice, address, &value, &size), GC_ERR_ACCESS_DENIED);
+    size = sizeof(value);
+    EXPECT_EQ(mGenTL->GCWritePort(mDevice, 0x0180, &value, &size), GC_ERR_ACCESS_DENIED);
+    // Stacked reads of a module answer like plain ones.
+    uint32_t type0 = 0, count = 0;
+    PORT_REGISTER_STACK_ENTRY entries[2] = {{0x0180, &type0, 4}, {0x0194, &count, 4}};
+    size_t n = 2;
+    ASSERT_EQ(mGenTL->GCReadPortStacked(mDevice, entries, &n), GC_ERR_SUCCESS);
+    EXPECT_EQ(n, 2u);
+    EXPECT_EQ(type0, 2u); // GigEVision
+    EXPECT_EQ(count, 1u); // one stream
+}
+
+// The engine's feature tree of a camera: the device module's, the remote
+// device's and the stream's documents in one runtime, the modules'
+// categories hidden. No module node may shadow a camera's feature.
+TEST_F(DocumentsTest, ACamerasMergedTreeKeepsTheCamerasFeatures) {
+    OpenFirstCamera();
+    DS_HANDLE stream = nullptr;
+    ASSERT_EQ(mGenTL->DevOpenDataStream(mDevice, "Stream0", &stream), GC_ERR_SUCCESS);
+    gik::cRuntime* camera =
+        Load({{"DevicePort", mDevice}, {"Device", mPort}, {"StreamPort", stream}}, {},
+             {"/StreamModule", "/DeviceModule", "/DeviceInformation", "/StreamEnumeration"});
+    const tListed all = ReadAll(camera);
+    const std::set<std::string>& listed = all.names;
+    // Only what needs a frame's chunk or an event's data, and the raw user data, is not read.
+    for (const std::string& name : all.unread)
+        EXPECT_TRUE(name.rfind("Chunk", 0) == 0 || name.rfind("Event", 0) == 0 ||
+                    name == "UserData")
+            << name;
+    for (const char* feature : {"Width", "PayloadSize", "DeviceVendorName", "ChunkModeActive",
+                                "ChunkSelector", "EventSelector", "GevSCPSPacketSize"})
+        EXPECT_EQ(listed.count(feature), 1u) << feature;
+    for (const char* module : {"DeviceID", "DeviceType", "StreamID", "StreamPayloadSize"})
+        EXPECT_EQ(listed.count(module), 0u) << module;
+    EXPECT_EQ(Get<int64_t>(camera, "PayloadSize"), ReadU32(0x1014));
+    // What the engine's GigE Vision additions refer to.
+    for (const char* node : {"GVSPPacketSizeMin", "GVSPPacketSizeMax", "RegGVSPPacketSize",
+                             "DeviceReadOnlyOrStreaming", "TLParamsLocked", "EventExposureEnd"})
+        EXPECT_NE(camera->SeekNode(node, false), nullptr) << node;
+    gik::pNode* selector = camera->SeekNode("EventSelector", false);
+    ASSERT_NE(selector, nullptr);
+    EXPECT_STREQ(selector->GetPath()->Chars(), "/EventControl");
+    gik::cValue size;
+    size.SetSigned(1200);
+    Set(camera, "RegGVSPPacketSize", size);
+    EXPECT_EQ(Get<int64_t>(camera, "GevSCPSPacketSize"), 1200);
+    EXPECT_EQ(mGenTL->DSClose(stream), GC_ERR_SUCCESS);
 }
 
 } // namespace

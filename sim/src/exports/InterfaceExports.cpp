@@ -25,11 +25,7 @@ GC_API IFUpdateDeviceList(IF_HANDLE hIface, bool8_t* pbChanged, uint64_t iTimeou
     (void)iTimeout;
     ENTER("IFUpdateDeviceList");
     CHECK(hIface, tKind::kInterface);
-    auto* interface = static_cast<Interface*>(hIface);
-    std::vector<std::string> now;
-    for (Device* device : interface->Visible())
-        now.push_back(device->Config().id);
-    interface->listed.Update(std::move(now), pbChanged);
+    static_cast<Interface*>(hIface)->UpdateListed(pbChanged);
     return GC_ERR_SUCCESS;
 }
 
@@ -70,14 +66,9 @@ GC_API IFOpenDevice(IF_HANDLE hIface, const char* sDeviceID, DEVICE_ACCESS_FLAGS
     if (access == DEVICE_ACCESS_STATUS_READONLY && iOpenFlags != DEVICE_ACCESS_READONLY)
         return Fail(GC_ERR_ACCESS_DENIED, "device is read-only");
     if (!device->Open(iOpenFlags)) return Fail(GC_ERR_RESOURCE_IN_USE, "device already open");
-    tProducer& p = Producer();
-    {
-        std::lock_guard<std::mutex> hold(p.lock);
-        auto& port = p.ports[device];
-        if (!port) port = std::make_unique<tPort>(tPort{device});
-        p.handles.Add(port.get(), tKind::kPort);
-    }
-    p.handles.Add(device, tKind::kDevice);
+    Handles& handles = Producer().handles;
+    handles.Add(&device->Remote(), tKind::kPort);
+    handles.Add(device, tKind::kDevice);
     *phDevice = device;
     return GC_ERR_SUCCESS;
 }

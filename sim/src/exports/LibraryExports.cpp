@@ -1,20 +1,10 @@
 // The library's own calls and the transport layer (system module).
-#include <dlfcn.h>
-
 #include "Entry.h"
 #include "Info.h"
 
 using namespace sim;
 
 namespace {
-
-// The path this module was loaded from, for TL_INFO_PATHNAME.
-std::string ModulePath() {
-    Dl_info info{};
-    if (dladdr(reinterpret_cast<void*>(&ModulePath), &info) && info.dli_fname)
-        return info.dli_fname;
-    return "TavikSim.cti";
-}
 
 GC_ERROR TlInfo(TL_INFO_CMD aCommand, INFO_DATATYPE* aType, void* aBuffer, size_t* aSize) {
     std::string tlType;
@@ -26,13 +16,13 @@ GC_ERROR TlInfo(TL_INFO_CMD aCommand, INFO_DATATYPE* aType, void* aBuffer, size_
     if (tlType.empty()) tlType = LayerType(LoadTopology());
     switch (aCommand) {
     case TL_INFO_ID:
-        return ReplyText("TavikSim", aType, aBuffer, aSize);
+        return ReplyText(kProducerId, aType, aBuffer, aSize);
     case TL_INFO_VENDOR:
-        return ReplyText("Tavik", aType, aBuffer, aSize);
+        return ReplyText(kProducerVendor, aType, aBuffer, aSize);
     case TL_INFO_MODEL:
-        return ReplyText("TavikSim camera simulator", aType, aBuffer, aSize);
+        return ReplyText(kProducerModel, aType, aBuffer, aSize);
     case TL_INFO_VERSION:
-        return ReplyText("1.0", aType, aBuffer, aSize);
+        return ReplyText(kProducerVersion, aType, aBuffer, aSize);
     case TL_INFO_TLTYPE:
         return ReplyText(tlType, aType, aBuffer, aSize);
     case TL_INFO_NAME:
@@ -85,7 +75,6 @@ GC_API GCCloseLib(void) {
     if (!p.initialised) return GC_ERR_NOT_INITIALIZED;
     if (p.system) CloseDevices(*p.system);
     p.system.reset();
-    p.ports.clear();
     p.madeEvents.clear();
     p.unions.clear();
     p.handles.Clear();
@@ -134,7 +123,6 @@ GC_API TLClose(TL_HANDLE hTL) {
     std::lock_guard<std::mutex> hold(p.lock);
     CloseDevices(*p.system);
     p.handles.Clear();
-    p.ports.clear();
     p.system.reset();
     return GC_ERR_SUCCESS;
 }
@@ -150,11 +138,7 @@ GC_API TLUpdateInterfaceList(TL_HANDLE hTL, bool8_t* pbChanged, uint64_t iTimeou
     (void)iTimeout;
     ENTER("TLUpdateInterfaceList");
     CHECK(hTL, tKind::kSystem);
-    auto* system = static_cast<System*>(hTL);
-    std::vector<std::string> now;
-    for (auto& interface : system->Interfaces())
-        now.push_back(interface->Config().id);
-    system->listed.Update(std::move(now), pbChanged);
+    static_cast<System*>(hTL)->UpdateListed(pbChanged);
     return GC_ERR_SUCCESS;
 }
 
