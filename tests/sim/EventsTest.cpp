@@ -154,6 +154,29 @@ TEST_F(EventsTest, EventDataHasTheTypesTheStandardGivesEachKind) {
     StopAndClose(stream);
 }
 
+TEST_F(EventsTest, FramesSendTheEventsWhoseNotificationIsOn) {
+    WriteU32(0x1060, 40000); // EventSelector: ExposureEnd
+    WriteU32(0x1200, 1);     // its EventNotification: On
+    EVENT_HANDLE remote = nullptr;
+    ASSERT_EQ(mGenTL->GCRegisterEvent(mDevice, EVENT_REMOTE_DEVICE, &remote), GC_ERR_SUCCESS);
+    DS_HANDLE stream = nullptr;
+    ASSERT_EQ(mGenTL->DevOpenDataStream(mDevice, "Stream0", &stream), GC_ERR_SUCCESS);
+    GrabOne(stream);
+    uint64_t frameId = 0;
+    size_t size = sizeof(frameId);
+    INFO_DATATYPE type = 0;
+    ASSERT_EQ(mGenTL->DSGetBufferInfo(stream, mBuffer, BUFFER_INFO_FRAMEID, &type, &frameId, &size),
+              GC_ERR_SUCCESS);
+    std::vector<uint8_t> data = Next(remote);
+    EXPECT_EQ(Text(Item(remote, data, EVENT_DATA_ID).second), "9C40");
+    std::vector<uint8_t> block = Item(remote, data, EVENT_DATA_VALUE).second;
+    EXPECT_EQ(BigEndian(block, 6, 2), frameId & 0xFFFF);
+    // FrameStart stays off.
+    size = data.size();
+    EXPECT_EQ(mGenTL->EventGetData(remote, data.data(), &size, 10), GC_ERR_TIMEOUT);
+    StopAndClose(stream);
+}
+
 TEST_F(EventsTest, ARegistrationAfterAnUnregisterStartsClean) {
     EVENT_HANDLE remote = nullptr;
     ASSERT_EQ(mGenTL->GCRegisterEvent(mDevice, EVENT_REMOTE_DEVICE, &remote), GC_ERR_SUCCESS);
