@@ -46,6 +46,9 @@ TEST_F(SimulatorTest, ConcurrentConsumersOpenEachModuleOnceAtATime) {
             size = sizeof(access);
             mGenTL->IFGetDeviceInfo(mInterface, camera.c_str(), DEVICE_INFO_ACCESS_STATUS, &type,
                                     &access, &size);
+            // The interface's own port: its selected camera's access status.
+            size = sizeof(access);
+            mGenTL->GCReadPort(mInterface, 0x01A0, &access, &size);
             DEV_HANDLE device = nullptr;
             if (mGenTL->IFOpenDevice(mInterface, camera.c_str(), DEVICE_ACCESS_CONTROL, &device) !=
                 GC_ERR_SUCCESS)
@@ -116,6 +119,9 @@ TEST_F(SimulatorTest, FramesFlowWhileOtherThreadsQueryAndAReaderIsUnregistered) 
                 uint32_t counter = 0;
                 size = sizeof(counter);
                 mGenTL->GCReadPort(mPort, 0x104C, &counter, &size);
+                // The stream's own port: its delivered frames.
+                size = sizeof(delivered);
+                mGenTL->GCReadPort(stream, 0x0068, &delivered, &size);
             }
         });
     while (frames < 50)
