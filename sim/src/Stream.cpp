@@ -469,10 +469,10 @@ GC_ERROR Stream::Chunks(BUFFER_HANDLE aHandle, SINGLE_CHUNK_DATA* aChunks, size_
         {chunk::kImageId, 0, b->imageSize},
         {chunk::kSimId, static_cast<ptrdiff_t>(b->imageSize + chunk::kTag), chunk::kSimLength}};
     const size_t count = sizeof(chunks) / sizeof(chunks[0]);
-    if (aChunks && *aCount < count) return GC_ERR_BUFFER_TOO_SMALL;
-    if (aChunks) memcpy(aChunks, chunks, sizeof(chunks));
+    const bool fits = *aCount >= count;
+    if (aChunks && fits) memcpy(aChunks, chunks, sizeof(chunks));
     *aCount = count;
-    return GC_ERR_SUCCESS;
+    return aChunks && !fits ? GC_ERR_BUFFER_TOO_SMALL : GC_ERR_SUCCESS;
 }
 
 GC_ERROR Stream::BufferAt(uint32_t aIndex, BUFFER_HANDLE* aHandle) {

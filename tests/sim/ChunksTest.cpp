@@ -63,6 +63,10 @@ TEST_F(ChunksTest, EveryKindOfReaderFindsTheFrameId) {
     size_t count = 0;
     ASSERT_EQ(mGenTL->DSGetBufferChunkData(mStream, mBuffer, nullptr, &count), GC_ERR_SUCCESS);
     std::vector<SINGLE_CHUNK_DATA> chunks(count);
+    size_t tooFew = count - 1;
+    EXPECT_EQ(mGenTL->DSGetBufferChunkData(mStream, mBuffer, chunks.data(), &tooFew),
+              GC_ERR_BUFFER_TOO_SMALL);
+    EXPECT_EQ(tooFew, count);
     ASSERT_EQ(mGenTL->DSGetBufferChunkData(mStream, mBuffer, chunks.data(), &count),
               GC_ERR_SUCCESS);
     std::map<uint64_t, SINGLE_CHUNK_DATA> byId;
