@@ -1,0 +1,341 @@
+// cFeatures: typed values of features: get, set, range, increment, enum
+// entries, commands and raw bytes.
+#include <algorithm>
+#include <cstring>
+
+#include "engine/Features.h"
+#include "gik/CommandNode.h"
+#include "gik/EnumNode.h"
+#include "gik/MemoryNode.h"
+#include "gik/RegisterNode.h"
+#include "gik/Value.h"
+#include "kit/ObjectList.h"
+
+namespace tvk {
+
+llk::i4 cFeatures::FeatureIntGet(const char* aName, llk::i8* aValue) {
+    if (!aValue) return kFeatureNullOutput;
+    gik::pNode* node = nullptr;
+    gik::cValue value;
+    llk::i4 status = Seek(aName, kFeatureInt, node);
+    if (status == llk::kOk) status = GetNode(node, value);
+    if (status == llk::kOk) *aValue = value.Sint();
+    return status;
+}
+
+llk::i4 cFeatures::FeatureIntSet(const char* aName, llk::i8 aValue) {
+    gik::pNode* node = nullptr;
+    llk::i4 status = Seek(aName, kFeatureInt, node);
+    if (status != llk::kOk) return status;
+    gik::cValue* value = gik::cValue::NewSigned(aValue);
+    return value ? SetNode(node, value) : llk::kNoMemory;
+}
+
+llk::i4 cFeatures::Range(const char* aName, tFeatureData aType, gik::cValue& aMin,
+                         gik::cValue& aMax) {
+    gik::pNode* node = nullptr;
+    llk::i4 status = Seek(aName, aType, node);
+    return status == llk::kOk ? node->GetRange(mRuntime, aMin, aMax, nullptr) : status;
+}
+
+llk::i4 cFeatures::Increment(const char* aName, tFeatureData aType, gik::cValue& aValue) {
+    gik::pNode* node = nullptr;
+    llk::i4 status = Seek(aName, aType, node);
+    return status == llk::kOk ? node->GetIncrement(mRuntime, aValue, nullptr) : status;
+}
+
+llk::i4 cFeatures::FeatureIntRange(const char* aName, llk::i8* aMin, llk::i8* aMax) {
+    gik::cValue min, max;
+    llk::i4 status = Range(aName, kFeatureInt, min, max);
+    if (status != llk::kOk) return status;
+    if (aMin) *aMin = min.Sint();
+    if (aMax) *aMax = max.Sint();
+    return llk::kOk;
+}
+
+llk::i4 cFeatures::FeatureIntIncrement(const char* aName, llk::i8* aValue, bool& aGotOne) {
+    if (!aValue) return kFeatureNullOutput;
+    gik::cValue increment;
+    llk::i4 status = Increment(aName, kFeatureInt, increment);
+    if (status != llk::kOk) return status;
+    aGotOne = !increment.IsAbsent();
+    if (aGotOne) *aValue = increment.Sint();
+    return llk::kOk;
+}
+
+llk::i4 cFeatures::FeatureFloatGet(const char* aName, double* aValue) {
+    if (!aValue) return kFeatureNullOutput;
+    gik::pNode* node = nullptr;
+    gik::cValue value;
+    llk::i4 status = Seek(aName, kFeatureFloat, node);
+    if (status == llk::kOk) status = GetNode(node, value);
+    if (status == llk::kOk) *aValue = value.Real();
+    return status;
+}
+
+llk::i4 cFeatures::FeatureFloatSet(const char* aName, double aValue) {
+    gik::pNode* node = nullptr;
+    llk::i4 status = Seek(aName, kFeatureFloat, node);
+    if (status != llk::kOk) return status;
+    gik::cValue* value = gik::cValue::NewReal(aValue);
+    return value ? SetNode(node, value) : llk::kNoMemory;
+}
+
+llk::i4 cFeatures::FeatureFloatRange(const char* aName, double* aMin, double* aMax) {
+    gik::cValue min, max;
+    llk::i4 status = Range(aName, kFeatureFloat, min, max);
+    if (status != llk::kOk) return status;
+    if (aMin) *aMin = min.Real();
+    if (aMax) *aMax = max.Real();
+    return llk::kOk;
+}
+
+llk::i4 cFeatures::FeatureFloatIncrement(const char* aName, double* aValue, bool& aGotOne) {
+    if (!aValue) return kFeatureNullOutput;
+    gik::cValue increment;
+    llk::i4 status = Increment(aName, kFeatureFloat, increment);
+    if (status != llk::kOk) return status;
+    aGotOne = !increment.IsAbsent();
+    if (aGotOne) *aValue = increment.Real();
+    return llk::kOk;
+}
+
+llk::i4 cFeatures::FeatureStringGet(const char* aName, char* aBuffer, llk::u4& aSize) {
+    gik::pNode* node = nullptr;
+    gik::cValue value;
+    llk::i4 status = Seek(aName, kFeatureString, node);
+    if (status == llk::kOk) status = GetNode(node, value);
+    if (status != llk::kOk) return status;
+    const char* text = "";
+    value.Get(text);
+    llk::u4 needed = static_cast<llk::u4>(std::strlen(text)) + 1;
+    if (!aBuffer) {
+        aSize = needed;
+        return llk::kOk;
+    }
+    // A short buffer truncates without error; the terminator stays inside it.
+    llk::u4 written = std::min(needed, aSize);
+    if (written == 0) return llk::kOk;
+    std::memcpy(aBuffer, text, written - 1);
+    aBuffer[written - 1] = '\0';
+    aSize = written;
+    return llk::kOk;
+}
+
+llk::i4 cFeatures::FeatureStringSet(const char* aName, const char* aValue) {
+    gik::pNode* node = nullptr;
+    llk::i4 status = Seek(aName, kFeatureString, node);
+    if (status != llk::kOk) return status;
+    llk::cString* text = aValue ? llk::cString::New(aValue, false) : nullptr;
+    gik::cValue* value = text ? gik::cValue::NewText(text) : nullptr;
+    return value ? SetNode(node, value) : llk::kNoMemory;
+}
+
+llk::i4 cFeatures::FeatureEnumGet(const char* aName, const char*& aValue) {
+    gik::pNode* node = nullptr;
+    gik::cValue value;
+    llk::i4 status = Seek(aName, kFeatureEnum, node);
+    if (status == llk::kOk) status = GetNode(node, value);
+    // The entry's name belongs to the node; the value only borrows it.
+    if (status == llk::kOk) aValue = value.String() ? value.String()->Chars() : "";
+    return status;
+}
+
+llk::i4 cFeatures::FeatureEnumSet(const char* aName, const char* aValue) {
+    gik::pNode* node = nullptr;
+    llk::i4 status = Seek(aName, kFeatureEnum, node);
+    if (status != llk::kOk) return status;
+    gik::cValue* value = aValue ? gik::cValue::NewText(aValue) : nullptr;
+    return value ? SetNode(node, value) : llk::kNoMemory;
+}
+
+llk::i4 cFeatures::FeatureEnumRange(const char* aName, const char** aArray, llk::u4& aLength) {
+    gik::pNode* node = nullptr;
+    llk::cObjectList* names = nullptr;
+    llk::i4 status = Seek(aName, kFeatureEnum, node);
+    if (status == llk::kOk)
+        status = static_cast<gik::cEnumNode*>(node)->GetRange(mRuntime, names, nullptr);
+    if (status != llk::kOk) return status;
+    llk::u4 count = names->Count();
+    if (!aArray || aLength == 0) {
+        aLength = count;
+        return llk::kOk;
+    }
+    aLength = std::min(aLength, count);
+    for (llk::u4 i = 0; i < aLength; ++i) {
+        const char* text = "";
+        static_cast<gik::cValue*>(names->AtIndex(i))->Get(text);
+        aArray[i] = text;
+    }
+    return llk::kOk;
+}
+
+namespace {
+// An entry's name as the kernel looks entries up.
+gik::cValue* EntryName(const char* aValue) {
+    return aValue ? gik::cValue::NewText(aValue) : nullptr;
+}
+} // namespace
+
+llk::i4 cFeatures::FeatureEnumValueIsAvailable(const char* aName, const char* aValue,
+                                               bool& aAvailable) {
+    gik::pNode* node = nullptr;
+    llk::i4 status = Seek(aName, kFeatureEnum, node);
+    if (status != llk::kOk) return status;
+    gik::cValue* entry = EntryName(aValue);
+    if (!entry) return llk::kNoMemory;
+    return static_cast<gik::cEnumNode*>(node)->IsValueAvailable(mRuntime, *entry, aAvailable);
+}
+
+llk::i4 cFeatures::FeatureEnumValueAsInteger(const char* aName, const char* aValue,
+                                             llk::i8& aInteger) {
+    gik::pNode* node = nullptr;
+    llk::i4 status = Seek(aName, kFeatureEnum, node);
+    if (status != llk::kOk) return status;
+    gik::cValue* entry = EntryName(aValue);
+    if (!entry) return llk::kNoMemory;
+    return static_cast<gik::cEnumNode*>(node)->GetValueAsInteger(mRuntime, *entry, aInteger);
+}
+
+llk::i4 cFeatures::FeatureEnumValueAsString(const char* aName, llk::i8 aValue, const char*& aText) {
+    gik::pNode* node = nullptr;
+    llk::i4 status = Seek(aName, kFeatureEnum, node);
+    if (status != llk::kOk) return status;
+    gik::cValue number;
+    number.SetSigned(aValue);
+    llk::cString* text = nullptr;
+    status = static_cast<gik::cEnumNode*>(node)->GetValueAsString(mRuntime, number, text);
+    if (status == llk::kOk) aText = text ? text->Chars() : "";
+    return status;
+}
+
+llk::i4 cFeatures::FeatureEnumValueInfo(const char* aName, const char* aValue,
+                                        tFeatureEnumEntry& aEntry) {
+    gik::pNode* node = nullptr;
+    llk::i4 status = Seek(aName, kFeatureEnum, node);
+    if (status != llk::kOk) return status;
+    gik::cValue* entry = EntryName(aValue);
+    if (!entry) return llk::kNoMemory;
+    auto* enumeration = static_cast<gik::cEnumNode*>(node);
+    llk::i8 integer = 0;
+    llk::cString *name = nullptr, *description = nullptr, *display = nullptr;
+    llk::cString *tooltip = nullptr, *nameSpace = nullptr;
+    gik::pNode::tVisibility visibility = gik::pNode::kVisibilityUnknown;
+    status = enumeration->GetValueAsInteger(mRuntime, *entry, integer);
+    if (status == llk::kOk)
+        status = enumeration->GetValueNames(mRuntime, *entry, name, description, display);
+    if (status == llk::kOk)
+        status = enumeration->GetValueInfo(mRuntime, *entry, visibility, tooltip, nameSpace);
+    if (status != llk::kOk) return status;
+    auto text = [](llk::cString* aText) { return aText ? aText->Chars() : nullptr; };
+    aEntry.name = text(name);
+    aEntry.displayName = text(display);
+    aEntry.visibility = visibility;
+    aEntry.tooltip = text(tooltip);
+    aEntry.description = text(description);
+    aEntry.sfncNamespace = text(nameSpace);
+    aEntry.intValue = integer;
+    return llk::kOk;
+}
+
+llk::i4 cFeatures::FeatureBoolGet(const char* aName, bool* aValue) {
+    if (!aValue) return kFeatureNullOutput;
+    gik::pNode* node = nullptr;
+    gik::cValue value;
+    llk::i4 status = Seek(aName, kFeatureBool, node);
+    if (status == llk::kOk) status = GetNode(node, value);
+    if (status == llk::kOk) *aValue = value.Bool();
+    return status;
+}
+
+llk::i4 cFeatures::FeatureBoolSet(const char* aName, bool aValue) {
+    gik::pNode* node = nullptr;
+    llk::i4 status = Seek(aName, kFeatureBool, node);
+    if (status != llk::kOk) return status;
+    gik::cValue* value = gik::cValue::NewBool(aValue);
+    return value ? SetNode(node, value) : llk::kNoMemory;
+}
+
+llk::i4 cFeatures::FeatureCommandIsDone(const char* aName, bool* aDone) {
+    if (!aDone) return kFeatureNullOutput;
+    gik::pNode* node = nullptr;
+    llk::i4 status = Seek(aName, kFeatureCommand, node);
+    if (status != llk::kOk) return status;
+    // A command that cannot be read has nothing left to do.
+    if (!node->IsReadable(mRuntime)) {
+        *aDone = true;
+        return llk::kOk;
+    }
+    bool done = false;
+    status = static_cast<gik::cCommandNode*>(node)->Completed(mRuntime, done);
+    if (status == llk::kOk) *aDone = done;
+    return status;
+}
+
+llk::i4 cFeatures::FeatureCommandExecute(const char* aName) {
+    gik::pNode* node = nullptr;
+    llk::i4 status = Seek(aName, kFeatureCommand, node);
+    return status == llk::kOk ? SetNode(node, nullptr) : status;
+}
+
+namespace {
+bool IsRegister(llk::u4 aTag) {
+    return aTag >= gik::pNode::kTagIntReg && aTag <= gik::pNode::kTagFloatReg;
+}
+} // namespace
+
+llk::i4 cFeatures::Raw(const char* aName, void* aInto, const void* aFrom, llk::u4 aSize,
+                       llk::u4& aDone) {
+    aDone = 0;
+    gik::pNode* node = nullptr;
+    llk::i4 status = Seek(aName, kFeatureUnknown, node);
+    if (status != llk::kOk) return status;
+    gik::pNode* target = node->Target(mRuntime);
+    llk::u4 tag = target->ClassType();
+    if (IsRegister(tag)) {
+        auto* reg = static_cast<gik::pRegisterNode*>(target);
+        llk::u4 size = std::min(aSize, reg->Length(mRuntime));
+        if (aInto) return reg->Fetch(mRuntime, size, aInto, aDone);
+        mRuntime->ClearPoked();
+        status = reg->Store(mRuntime, size, aFrom, aDone);
+    } else if (tag == gik::pNode::kTagMemory) {
+        auto* memory = static_cast<gik::cMemoryNode*>(target);
+        llk::u4 size = std::min(aSize, memory->Length(mRuntime));
+        if (aInto) return memory->Fetch(mRuntime, size, aInto, aDone);
+        mRuntime->ClearPoked();
+        status = memory->Store(mRuntime, size, aFrom, aDone);
+    } else {
+        return kFeatureWrongType;
+    }
+    if (status == llk::kOk) Announce(node);
+    return status;
+}
+
+llk::i4 cFeatures::FeatureRawGet(const char* aName, void* aBuffer, llk::u4 aSize, llk::u4& aDone) {
+    if (!aBuffer) return kFeatureNullOutput;
+    return Raw(aName, aBuffer, nullptr, aSize, aDone);
+}
+
+llk::i4 cFeatures::FeatureRawSet(const char* aName, const void* aBuffer, llk::u4 aSize,
+                                 llk::u4& aDone) {
+    if (!aBuffer) return kFeatureNullOutput;
+    return Raw(aName, nullptr, aBuffer, aSize, aDone);
+}
+
+llk::i4 cFeatures::FeatureRawLen(const char* aName, llk::u4* aLength) {
+    if (!aLength) return kFeatureNullOutput;
+    gik::pNode* node = nullptr;
+    llk::i4 status = Seek(aName, kFeatureUnknown, node);
+    if (status != llk::kOk) return status;
+    gik::pNode* target = node->Target(mRuntime);
+    llk::u4 tag = target->ClassType();
+    if (IsRegister(tag))
+        *aLength = static_cast<gik::pRegisterNode*>(target)->Length(mRuntime);
+    else if (tag == gik::pNode::kTagMemory)
+        *aLength = static_cast<gik::cMemoryNode*>(target)->Length(mRuntime);
+    else
+        return kFeatureWrongType;
+    return llk::kOk;
+}
+
+} // namespace tvk
