@@ -3,6 +3,7 @@
 #include <cstring>
 #include <string>
 
+#include "SupervisorStart.h"
 #include "engine/Aggregate.h"
 #include "engine/Global.h"
 #include "kit/Directory.h"
@@ -88,14 +89,8 @@ TvkError_t StartTransportLayers(tLocalData& aLocal) {
                     static_cast<llk::cString*>(entries->AtIndex(i))->Chars());
     }
     llk::sEnv::Free(searchPath);
-    TvkError_t status = TvkErrorSuccess;
-    if (!MakeTLs(aLocal.transportLayers, aLocal.global)) {
-        status = TvkErrorNoTL;
-    } else {
-        // The Supervisor's aggregate: its actors need no producer.
-        aLocal.supervisorAggregate = llk::Retained(tvk::cAggregate::New(aLocal.global));
-        if (!aLocal.supervisorAggregate) status = llk::kNoMemory;
-    }
+    TvkError_t status =
+        MakeTLs(aLocal.transportLayers, aLocal.global) ? StartSupervisor(aLocal) : TvkErrorNoTL;
     if (status != TvkErrorSuccess) {
         ReleaseAggregates(aLocal.transportLayers);
         aLocal.global->Disable(true);
@@ -106,6 +101,7 @@ TvkError_t StartTransportLayers(tLocalData& aLocal) {
 void StopTransportLayers(tLocalData& aLocal, llk::uAutoreleasePool& aPool) {
     aLocal.global->Disable(true);
     aLocal.global->RemoveAll();
+    StopSupervisor(aLocal);
     aPool.Sink();
     // The mutex is left while the aggregates stop: their threads may still be
     // finishing calls that need it.
