@@ -4,29 +4,16 @@
 #include <string>
 #include <vector>
 
-#include "TavikC.h"
+#include "Common.h"
+#include "FeatureCommands.h"
 
 namespace {
-
-const char* ErrorText(TvkError_t aStatus) {
-    static char text[256];
-    TvkGetErrorInfo(aStatus, text, sizeof(text));
-    return text;
-}
 
 int Version() {
     TvkVersionInfo_t version{};
     TvkVersionQuery(&version, sizeof(version));
     printf("Tavik %u.%u.%u\n", version.major, version.minor, version.patch);
     return 0;
-}
-
-// Starts the library; prints what was found and gives the status.
-TvkError_t Start() {
-    TvkError_t status = TvkStartup();
-    if (status != TvkErrorSuccess)
-        fprintf(stderr, "start-up: %s (%d)\n", ErrorText(status), status);
-    return status;
 }
 
 // Prints why a list call failed; true when it succeeded.
@@ -66,7 +53,8 @@ int Demo() {
     printf("TvkStartup: %s (%d)\n", ErrorText(status), status);
     if (status == TvkErrorSuccess) {
         TvkShutdown();
-        return List();
+        int listed = List();
+        return FeatureDemo() != 0 ? 1 : listed;
     }
     return 0;
 }
@@ -75,6 +63,9 @@ void Usage() {
     puts("usage: tavik <command>\n"
          "  version   print the library version\n"
          "  list      list interfaces and cameras\n"
+         "  features TARGET           the tree of a target's features (TARGET: system)\n"
+         "  get TARGET NAME           one feature's value\n"
+         "  set TARGET NAME [VALUE]   write a feature (a command runs without a value)\n"
          "  demo      version, start-up and what it found");
 }
 
@@ -89,6 +80,9 @@ int main(int argc, char** argv) {
     if (command == "version") return Version();
     if (command == "list") return List();
     if (command == "demo") return Demo();
+    if (command == "features") return FeaturesCommand(argc - 2, argv + 2);
+    if (command == "get") return GetCommand(argc - 2, argv + 2);
+    if (command == "set") return SetCommand(argc - 2, argv + 2);
     Usage();
     return 2;
 }
