@@ -207,10 +207,6 @@ llk::i4 cFeatures::FeatureProbe(const char* aName, bool& aReadable, bool& aWrite
     return llk::kOk;
 }
 
-llk::i4 cFeatures::GetNode(gik::pNode* aNode, gik::cValue& aValue) {
-    return aNode->GetValue(mRuntime, aValue, nullptr);
-}
-
 llk::i4 cFeatures::SetNode(gik::pNode* aNode, const gik::cValue* aValue) {
     mRuntime->ClearPoked();
     llk::i4 status = aNode->SetValue(mRuntime, aValue, nullptr);
@@ -245,40 +241,6 @@ llk::i4 cFeatures::NodeType(const char* aName, tFeatureData& aType) {
     llk::i4 status = Seek(aName, kFeatureUnknown, node, false);
     if (status == llk::kOk) aType = Class2Type(node);
     return status;
-}
-
-llk::i4 cFeatures::NodeIntGet(const char* aName, llk::i8& aValue) {
-    gik::pNode* node = nullptr;
-    gik::cValue value;
-    llk::i4 status = Seek(aName, kFeatureUnknown, node, false);
-    if (status == llk::kOk) status = GetNode(node, value);
-    if (status == llk::kOk) aValue = value.Sint();
-    return status;
-}
-
-llk::i4 cFeatures::NodeIntSet(const char* aName, llk::i8 aValue) {
-    gik::pNode* node = nullptr;
-    llk::i4 status = Seek(aName, kFeatureUnknown, node, false);
-    if (status != llk::kOk) return status;
-    gik::cValue* value = gik::cValue::NewSigned(aValue);
-    return value ? SetNode(node, value) : llk::kNoMemory;
-}
-
-llk::i4 cFeatures::NodeBoolGet(const char* aName, bool& aValue) {
-    gik::pNode* node = nullptr;
-    gik::cValue value;
-    llk::i4 status = Seek(aName, kFeatureUnknown, node, false);
-    if (status == llk::kOk) status = GetNode(node, value);
-    if (status == llk::kOk) aValue = value.Bool();
-    return status;
-}
-
-llk::i4 cFeatures::NodeBoolSet(const char* aName, bool aValue) {
-    gik::pNode* node = nullptr;
-    llk::i4 status = Seek(aName, kFeatureUnknown, node, false);
-    if (status != llk::kOk) return status;
-    gik::cValue* value = gik::cValue::NewBool(aValue);
-    return value ? SetNode(node, value) : llk::kNoMemory;
 }
 
 } // namespace tvk

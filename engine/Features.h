@@ -138,7 +138,13 @@ private:
     // type aType unless that is kFeatureUnknown.
     llk::i4 Seek(const char* aName, tFeatureData aType, gik::pNode*& aNode,
                  bool aFeatureOnly = true);
-    llk::i4 GetNode(gik::pNode* aNode, gik::cValue& aValue);
+    // The value of the node of aName (a feature of aType, or any node when
+    // not aFeatureOnly), converted into aOut.
+    template <class T, class F>
+    llk::i4 Get(const char* aName, tFeatureData aType, bool aFeatureOnly, T* aOut, F aConvert);
+    // Sets the node of aName to aValue; a null value is out of memory.
+    llk::i4 Set(const char* aName, tFeatureData aType, bool aFeatureOnly,
+                const gik::cValue* aValue);
     // A set's road: clear the poked list, set, and tell the delegate of every
     // feature reached, the node itself last.
     llk::i4 SetNode(gik::pNode* aNode, const gik::cValue* aValue);

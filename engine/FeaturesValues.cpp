@@ -2,6 +2,7 @@
 // entries, commands and raw bytes.
 #include <algorithm>
 #include <cstring>
+#include <string>
 
 #include "engine/Features.h"
 #include "gik/CommandNode.h"
@@ -13,22 +14,44 @@
 
 namespace tvk {
 
-llk::i4 cFeatures::FeatureIntGet(const char* aName, llk::i8* aValue) {
-    if (!aValue) return kFeatureNullOutput;
+namespace {
+llk::i8 AsSint(const gik::cValue& aValue) {
+    return aValue.Sint();
+}
+double AsReal(const gik::cValue& aValue) {
+    return aValue.Real();
+}
+bool AsBool(const gik::cValue& aValue) {
+    return aValue.Bool();
+}
+} // namespace
+
+template <class T, class F>
+llk::i4 cFeatures::Get(const char* aName, tFeatureData aType, bool aFeatureOnly, T* aOut,
+                       F aConvert) {
+    if (!aOut) return kFeatureNullOutput;
     gik::pNode* node = nullptr;
     gik::cValue value;
-    llk::i4 status = Seek(aName, kFeatureInt, node);
-    if (status == llk::kOk) status = GetNode(node, value);
-    if (status == llk::kOk) *aValue = value.Sint();
+    llk::i4 status = Seek(aName, aType, node, aFeatureOnly);
+    if (status == llk::kOk) status = node->GetValue(mRuntime, value, nullptr);
+    if (status == llk::kOk) *aOut = aConvert(value);
     return status;
 }
 
-llk::i4 cFeatures::FeatureIntSet(const char* aName, llk::i8 aValue) {
+llk::i4 cFeatures::Set(const char* aName, tFeatureData aType, bool aFeatureOnly,
+                       const gik::cValue* aValue) {
     gik::pNode* node = nullptr;
-    llk::i4 status = Seek(aName, kFeatureInt, node);
+    llk::i4 status = Seek(aName, aType, node, aFeatureOnly);
     if (status != llk::kOk) return status;
-    gik::cValue* value = gik::cValue::NewSigned(aValue);
-    return value ? SetNode(node, value) : llk::kNoMemory;
+    return aValue ? SetNode(node, aValue) : llk::kNoMemory;
+}
+
+llk::i4 cFeatures::FeatureIntGet(const char* aName, llk::i8* aValue) {
+    return Get(aName, kFeatureInt, true, aValue, AsSint);
+}
+
+llk::i4 cFeatures::FeatureIntSet(const char* aName, llk::i8 aValue) {
+    return Set(aName, kFeatureInt, true, gik::cValue::NewSigned(aValue));
 }
 
 llk::i4 cFeatures::Range(const char* aName, tFeatureData aType, gik::cValue& aMin,
@@ -64,21 +87,11 @@ llk::i4 cFeatures::FeatureIntIncrement(const char* aName, llk::i8* aValue, bool&
 }
 
 llk::i4 cFeatures::FeatureFloatGet(const char* aName, double* aValue) {
-    if (!aValue) return kFeatureNullOutput;
-    gik::pNode* node = nullptr;
-    gik::cValue value;
-    llk::i4 status = Seek(aName, kFeatureFloat, node);
-    if (status == llk::kOk) status = GetNode(node, value);
-    if (status == llk::kOk) *aValue = value.Real();
-    return status;
+    return Get(aName, kFeatureFloat, true, aValue, AsReal);
 }
 
 llk::i4 cFeatures::FeatureFloatSet(const char* aName, double aValue) {
-    gik::pNode* node = nullptr;
-    llk::i4 status = Seek(aName, kFeatureFloat, node);
-    if (status != llk::kOk) return status;
-    gik::cValue* value = gik::cValue::NewReal(aValue);
-    return value ? SetNode(node, value) : llk::kNoMemory;
+    return Set(aName, kFeatureFloat, true, gik::cValue::NewReal(aValue));
 }
 
 llk::i4 cFeatures::FeatureFloatRange(const char* aName, double* aMin, double* aMax) {
@@ -101,14 +114,14 @@ llk::i4 cFeatures::FeatureFloatIncrement(const char* aName, double* aValue, bool
 }
 
 llk::i4 cFeatures::FeatureStringGet(const char* aName, char* aBuffer, llk::u4& aSize) {
-    gik::pNode* node = nullptr;
-    gik::cValue value;
-    llk::i4 status = Seek(aName, kFeatureString, node);
-    if (status == llk::kOk) status = GetNode(node, value);
+    std::string text;
+    llk::i4 status = Get(aName, kFeatureString, true, &text, [](const gik::cValue& aValue) {
+        const char* chars = "";
+        aValue.Get(chars);
+        return std::string(chars);
+    });
     if (status != llk::kOk) return status;
-    const char* text = "";
-    value.Get(text);
-    llk::u4 needed = static_cast<llk::u4>(std::strlen(text)) + 1;
+    llk::u4 needed = static_cast<llk::u4>(text.size()) + 1;
     if (!aBuffer) {
         aSize = needed;
         return llk::kOk;
@@ -116,37 +129,26 @@ llk::i4 cFeatures::FeatureStringGet(const char* aName, char* aBuffer, llk::u4& a
     // A short buffer truncates without error; the terminator stays inside it.
     llk::u4 written = std::min(needed, aSize);
     if (written == 0) return llk::kOk;
-    std::memcpy(aBuffer, text, written - 1);
+    std::memcpy(aBuffer, text.c_str(), written - 1);
     aBuffer[written - 1] = '\0';
     aSize = written;
     return llk::kOk;
 }
 
 llk::i4 cFeatures::FeatureStringSet(const char* aName, const char* aValue) {
-    gik::pNode* node = nullptr;
-    llk::i4 status = Seek(aName, kFeatureString, node);
-    if (status != llk::kOk) return status;
     llk::cString* text = aValue ? llk::cString::New(aValue, false) : nullptr;
-    gik::cValue* value = text ? gik::cValue::NewText(text) : nullptr;
-    return value ? SetNode(node, value) : llk::kNoMemory;
+    return Set(aName, kFeatureString, true, text ? gik::cValue::NewText(text) : nullptr);
 }
 
 llk::i4 cFeatures::FeatureEnumGet(const char* aName, const char*& aValue) {
-    gik::pNode* node = nullptr;
-    gik::cValue value;
-    llk::i4 status = Seek(aName, kFeatureEnum, node);
-    if (status == llk::kOk) status = GetNode(node, value);
     // The entry's name belongs to the node; the value only borrows it.
-    if (status == llk::kOk) aValue = value.String() ? value.String()->Chars() : "";
-    return status;
+    return Get(aName, kFeatureEnum, true, &aValue, [](const gik::cValue& aEntry) {
+        return aEntry.String() ? aEntry.String()->Chars() : "";
+    });
 }
 
 llk::i4 cFeatures::FeatureEnumSet(const char* aName, const char* aValue) {
-    gik::pNode* node = nullptr;
-    llk::i4 status = Seek(aName, kFeatureEnum, node);
-    if (status != llk::kOk) return status;
-    gik::cValue* value = aValue ? gik::cValue::NewText(aValue) : nullptr;
-    return value ? SetNode(node, value) : llk::kNoMemory;
+    return Set(aName, kFeatureEnum, true, aValue ? gik::cValue::NewText(aValue) : nullptr);
 }
 
 llk::i4 cFeatures::FeatureEnumRange(const char* aName, const char** aArray, llk::u4& aLength) {
@@ -239,21 +241,27 @@ llk::i4 cFeatures::FeatureEnumValueInfo(const char* aName, const char* aValue,
 }
 
 llk::i4 cFeatures::FeatureBoolGet(const char* aName, bool* aValue) {
-    if (!aValue) return kFeatureNullOutput;
-    gik::pNode* node = nullptr;
-    gik::cValue value;
-    llk::i4 status = Seek(aName, kFeatureBool, node);
-    if (status == llk::kOk) status = GetNode(node, value);
-    if (status == llk::kOk) *aValue = value.Bool();
-    return status;
+    return Get(aName, kFeatureBool, true, aValue, AsBool);
 }
 
 llk::i4 cFeatures::FeatureBoolSet(const char* aName, bool aValue) {
-    gik::pNode* node = nullptr;
-    llk::i4 status = Seek(aName, kFeatureBool, node);
-    if (status != llk::kOk) return status;
-    gik::cValue* value = gik::cValue::NewBool(aValue);
-    return value ? SetNode(node, value) : llk::kNoMemory;
+    return Set(aName, kFeatureBool, true, gik::cValue::NewBool(aValue));
+}
+
+llk::i4 cFeatures::NodeIntGet(const char* aName, llk::i8& aValue) {
+    return Get(aName, kFeatureUnknown, false, &aValue, AsSint);
+}
+
+llk::i4 cFeatures::NodeIntSet(const char* aName, llk::i8 aValue) {
+    return Set(aName, kFeatureUnknown, false, gik::cValue::NewSigned(aValue));
+}
+
+llk::i4 cFeatures::NodeBoolGet(const char* aName, bool& aValue) {
+    return Get(aName, kFeatureUnknown, false, &aValue, AsBool);
+}
+
+llk::i4 cFeatures::NodeBoolSet(const char* aName, bool aValue) {
+    return Set(aName, kFeatureUnknown, false, gik::cValue::NewBool(aValue));
 }
 
 llk::i4 cFeatures::FeatureCommandIsDone(const char* aName, bool* aDone) {

@@ -81,6 +81,8 @@ private:
     // A register's whole value, little-endian, into aImage.
     llk::i4 Read(llk::u8 aBase, llk::u1* aImage);
     llk::i4 Write(llk::u8 aBase, llk::u8 aValue);
+    // The scheduler of the selected transport, or null when it is absent.
+    cHelper* SelectedHelper();
     // The selected slot's setup and statistics: -6 without a transport.
     llk::i4 Setup(cHelper::tSetup*& aSetup);
     llk::i4 Stats(cHelper::tStats*& aStats);

@@ -116,10 +116,15 @@ llk::i4 cSupervisorActor::OnRegisterStore(llk::u8 aBase, llk::u4 aOffset, const 
     return Write(aBase, Get(image, length));
 }
 
+cHelper* cSupervisorActor::SelectedHelper() {
+    const tSlot& slot = mSlots[mSelected];
+    return slot.present ? mSystems->Helper(slot.type) : nullptr;
+}
+
 llk::i4 cSupervisorActor::Setup(cHelper::tSetup*& aSetup) {
-    tSlot& slot = mSlots[mSelected];
-    cHelper* helper = slot.present ? mSystems->Helper(slot.type) : nullptr;
+    cHelper* helper = SelectedHelper();
     if (!helper) return kNoAccess;
+    tSlot& slot = mSlots[mSelected];
     // Read once: the setup only changes through these registers.
     if (!slot.setupCached) {
         helper->GetSetup(slot.setup);
@@ -130,9 +135,9 @@ llk::i4 cSupervisorActor::Setup(cHelper::tSetup*& aSetup) {
 }
 
 llk::i4 cSupervisorActor::Stats(cHelper::tStats*& aStats) {
-    tSlot& slot = mSlots[mSelected];
-    cHelper* helper = slot.present ? mSystems->Helper(slot.type) : nullptr;
+    cHelper* helper = SelectedHelper();
     if (!helper) return kNoAccess;
+    tSlot& slot = mSlots[mSelected];
     double now = llk::sEnv::GetElapsedTime();
     if (!slot.statsCached || now - slot.statsTime > kStatsAge) {
         helper->GetStats(slot.stats);
@@ -234,7 +239,7 @@ llk::i4 cSupervisorActor::Write(llk::u8 aBase, llk::u8 aValue) {
         // The value written plays no part: the scheduler gets its own setup
         // back, so these stay as they are.
         llk::i4 status = Setup(setup);
-        if (status == llk::kOk) mSystems->Helper(mSlots[mSelected].type)->SetSetup(*setup);
+        if (status == llk::kOk) SelectedHelper()->SetSetup(*setup);
         return status;
     }
     case kSelector:
