@@ -73,6 +73,8 @@ TvkError_t StartSupervisor(tLocalData& aLocal) {
     return status;
 }
 
-void StopSupervisor(tLocalData& aLocal) {
-    llk::ReleaseAndClear(aLocal.supervisorProxy);
+tvk::pProxy* StopSupervisor(tLocalData& aLocal) {
+    tvk::pProxy* supervisor = aLocal.supervisorProxy;
+    aLocal.supervisorProxy = nullptr;
+    return supervisor;
 }

@@ -101,11 +101,12 @@ TvkError_t StartTransportLayers(tLocalData& aLocal) {
 void StopTransportLayers(tLocalData& aLocal, llk::uAutoreleasePool& aPool) {
     aLocal.global->Disable(true);
     aLocal.global->RemoveAll();
-    StopSupervisor(aLocal);
+    tvk::pProxy* supervisor = StopSupervisor(aLocal);
     aPool.Sink();
-    // The mutex is left while the aggregates stop: their threads may still be
-    // finishing calls that need it.
+    // The mutex is left while the Supervisor ends and the aggregates stop:
+    // their threads may still be finishing calls that need it.
     aLocal.mutex->Unlock();
+    llk::ReleaseAndClear(supervisor);
     ReleaseAggregates(aLocal.transportLayers);
     llk::ReleaseAndClear(aLocal.supervisorAggregate);
     aPool.Sink();

@@ -458,4 +458,34 @@ TEST_F(FeatureCallsTest, ManyCallersAtOnceWithCallbacksAndAShutdownAfter) {
     // Shutdown with a callback still registered ends it cleanly.
 }
 
+// Calls in from a polled callback until the door is closed.
+struct tCaller {
+    std::atomic<bool> entered{false};
+    std::atomic<bool> go{false};
+    std::atomic<TvkError_t> last{0};
+};
+
+void CallInUntilClosed(const TvkHandle_t aHandle, const char*, void* aCaller) {
+    auto* caller = static_cast<tCaller*>(aCaller);
+    if (caller->entered.exchange(true)) return;
+    while (!caller->go) {
+    }
+    for (TvkError_t status = TvkErrorSuccess; status != TvkErrorApiNotStarted;) {
+        int64_t value = 0;
+        status = TvkFeatureIntGet(aHandle, "TLSchedulerStride", &value);
+        caller->last = status;
+    }
+}
+
+TEST_F(FeatureCallsTest, ShutdownWhileACallbackCallsIn) {
+    tCaller caller;
+    ASSERT_EQ(
+        TvkFeatureInvalidationRegister(kSystem, "TLSchedulerStatIdle", &CallInUntilClosed, &caller),
+        TvkErrorSuccess);
+    ASSERT_TRUE(Eventually([&] { return caller.entered.load(); }));
+    caller.go = true;
+    TvkShutdown();
+    EXPECT_EQ(caller.last, TvkErrorApiNotStarted);
+}
+
 } // namespace
