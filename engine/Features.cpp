@@ -2,6 +2,7 @@
 // and sets.
 #include "engine/Features.h"
 
+#include <algorithm>
 #include <cstring>
 #include <vector>
 
@@ -18,6 +19,10 @@ namespace {
 // Custom URL information a port answers about its document.
 constexpr llk::u4 kInfoDocumentSize = 1002;
 constexpr llk::u4 kInfoCompressed = 1003;
+// No register description comes near this; a device that claims more is
+// not believed.
+constexpr llk::u4 kLargestDocument = 64u << 20;
+constexpr llk::i4 kDocumentTooLarge = 18;
 } // namespace
 
 bool cFCallback::Is(const char* aName, tFCallback aCallback) const {
@@ -49,6 +54,7 @@ llk::i4 FetchDocument(gik::pPort* aPort, std::vector<char>& aText) {
     if (status == llk::kOk)
         status = aPort->QueryXML(&compressed, sizeof(compressed), length, kInfoCompressed, 0);
     if (status != llk::kOk) return status;
+    if (size > kLargestDocument) return kDocumentTooLarge;
     std::vector<char> image;
     try {
         image.resize(size + 1u);
@@ -58,14 +64,16 @@ llk::i4 FetchDocument(gik::pPort* aPort, std::vector<char>& aText) {
     length = 0;
     status = aPort->FetchXML(image.data(), size, length, 0);
     if (status != llk::kOk) return status;
+    length = std::min(length, size);
     if (!compressed) {
-        image[std::min<size_t>(length, size)] = '\0';
+        image[length] = '\0';
         aText.swap(image);
         return llk::kOk;
     }
     tZIPStream stream{};
     const auto* bytes = reinterpret_cast<const llk::u1*>(image.data());
     if (ZIPScanBuffer(bytes, length, stream) != llk::kOk) return llk::kFailed;
+    if (stream.unpackedSize > kLargestDocument) return kDocumentTooLarge;
     try {
         aText.assign(stream.unpackedSize + 1u, '\0');
     } catch (...) {

@@ -346,7 +346,7 @@ public:
     }
     llk::i4 QueryXML(void* aBuffer, llk::u4, llk::u4& aLength, llk::u4 aInfo, llk::u4) override {
         if (aInfo == 1002) {
-            llk::u4 size = static_cast<llk::u4>(mImage.size()) + 1;
+            llk::u4 size = mClaimedSize ? mClaimedSize : static_cast<llk::u4>(mImage.size()) + 1;
             std::memcpy(aBuffer, &size, sizeof(size));
             aLength = sizeof(size);
         } else {
@@ -364,6 +364,7 @@ public:
     }
     std::string mImage;
     bool mCompressed = false;
+    llk::u4 mClaimedSize = 0; // 0: the image's own
 };
 
 // A ZIP image with one deflated entry.
@@ -413,9 +414,19 @@ TEST_F(FeaturesTest, DocumentsServedByThePortPlainOrZipped) {
         EXPECT_EQ(features->FeatureIntSet("Gain", 3), 0);
         EXPECT_EQ(port->GetLittle(0x10, 4), 3u);
     }
+    // Sizes no document has are not believed, claimed by the port or by the
+    // ZIP header.
+    auto* huge = cDocumentPort::New(kDocument, false);
+    huge->mClaimedSize = 0xFFFFFFFF;
+    ASSERT_EQ(mFeatures->Prepare(), 0);
+    EXPECT_EQ(mFeatures->Connect("Device", huge, false, nullptr, nullptr), 18);
+    std::string zipped = Zip(kDocument);
+    std::memset(&zipped[22], 0xFF, 4); // the unpacked size
+    EXPECT_EQ(
+        mFeatures->Connect("Device", cDocumentPort::New(zipped, true), false, nullptr, nullptr),
+        18);
     // A compressed flag over plain text is no ZIP image; the port is let go.
     auto* port = cDocumentPort::New(kDocument, true);
-    ASSERT_EQ(mFeatures->Prepare(), 0);
     EXPECT_EQ(mFeatures->Connect("Device", port, false, nullptr, nullptr), llk::kFailed);
     EXPECT_FALSE(mFeatures->Runtime()->IsAttached("Device"));
 }
