@@ -333,6 +333,28 @@ TEST_F(FeaturesTest, AViewWithoutCachePollsWhatCanChange) {
     EXPECT_EQ(info.pollingTime, 250u);
 }
 
+TEST_F(FeaturesTest, ShapingBeforeRealize) {
+    ASSERT_EQ(mFeatures->Prepare(), 0);
+    ASSERT_EQ(mFeatures->Connect("Device", mPort, kDocument, false, false, nullptr, nullptr), 0);
+    mFeatures->HideCategory("/Hidden");
+    EXPECT_TRUE(mFeatures->NodeRemove("Fixed"));
+    EXPECT_TRUE(mFeatures->RelocateFeature("Label", "/Info"));
+    EXPECT_FALSE(mFeatures->RelocateFeature("Nope", "/Info"));
+    ASSERT_EQ(mFeatures->Realize(), 0);
+    tFeatureData type = kFeatureUnknown;
+    EXPECT_EQ(mFeatures->FeatureType("Secret", type), llk::kNotFound);
+    EXPECT_EQ(mFeatures->FeatureType("Fixed", type), llk::kNotFound);
+    EXPECT_FALSE(mFeatures->NodeExists("Fixed"));
+    tFeatureInfo info{};
+    ASSERT_EQ(mFeatures->FeatureQuery("Label", info), 0);
+    EXPECT_STREQ(info.category, "/Info");
+    // Nodes that are no features still have a type.
+    EXPECT_EQ(mFeatures->NodeType("RegExposure", type), 0);
+    EXPECT_EQ(type, kFeatureFloat);
+    // Once realized, nothing more is removed.
+    EXPECT_FALSE(mFeatures->NodeRemove("Gain"));
+}
+
 // A port that serves a document the way a producer does, plain or zipped.
 class cDocumentPort : public test::cMemoryPort {
 public:
