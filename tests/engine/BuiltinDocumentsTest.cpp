@@ -312,20 +312,16 @@ TEST_F(BuiltinDocumentsTest, EventsAreInvalidatedByTheirEventNodes) {
 }
 
 TEST_F(BuiltinDocumentsTest, IpConfigurationRegisterMaps) {
-    const std::vector<tRegister> current = {
+    const std::vector<tRegister> configuration = {
         {"GevCurrentIPAddress", kFeatureInt, false, 0x00, 4},
         {"GevCurrentSubnetMask", kFeatureInt, false, 0x04, 4},
         {"GevCurrentDefaultGateway", kFeatureInt, false, 0x08, 4},
+        {"GevPersistentIPAddress", kFeatureInt, true, 0x0C, 4},
+        {"GevPersistentSubnetMask", kFeatureInt, true, 0x10, 4},
+        {"GevPersistentDefaultGateway", kFeatureInt, true, 0x14, 4},
+        {"GevIPConfigurationMode", kFeatureEnum, true, 0x18, 4},
+        {"GevIPConfigurationApply", kFeatureCommand, true, 0x1C, 4},
     };
-    std::vector<tRegister> configuration = current;
-    configuration.insert(configuration.end(),
-                         {
-                             {"GevPersistentIPAddress", kFeatureInt, true, 0x0C, 4},
-                             {"GevPersistentSubnetMask", kFeatureInt, true, 0x10, 4},
-                             {"GevPersistentDefaultGateway", kFeatureInt, true, 0x14, 4},
-                             {"GevIPConfigurationMode", kFeatureEnum, true, 0x18, 4},
-                             {"GevIPConfigurationApply", kFeatureCommand, true, 0x1C, 4},
-                         });
     Load(g_XMLCIPConf, "CameraPort", true);
     CheckMap(configuration);
     llk::i8 max = 0, mode = 0;
