@@ -106,6 +106,9 @@ void StopTransportLayers(tLocalData& aLocal, llk::uAutoreleasePool& aPool) {
     // The mutex is left while the Supervisor ends and the aggregates stop:
     // their threads may still be finishing calls that need it.
     aLocal.mutex->Unlock();
+    // Calls inside may still hold the Supervisor, some from its own
+    // callbacks; it ends once they are out, on this thread.
+    aLocal.junction->Wait(0);
     llk::ReleaseAndClear(supervisor);
     ReleaseAggregates(aLocal.transportLayers);
     llk::ReleaseAndClear(aLocal.supervisorAggregate);
