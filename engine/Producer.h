@@ -18,20 +18,18 @@ namespace gc = GenICam::Client;
     X(GCGetLastError)                                                                              \
     X(TLUpdateInterfaceList)                                                                       \
     X(TLGetNumInterfaces)                                                                          \
-    X(TLGetInterfaceID)                                                                            \
-    X(TLGetInterfaceInfo)                                                                          \
-    X(TLOpenInterface) X(GCRegisterEvent) X(GCUnregisterEvent) X(EventGetData) X(EventGetDataInfo) \
-        X(EventFlush) X(EventKill) X(EventGetInfo) X(GCReadPort) X(GCWritePort)                    \
-            X(GCReadPortStacked) X(GCWritePortStacked) X(GCGetPortInfo) X(GCGetPortURL)            \
-                X(GCGetNumPortURLs) X(GCGetPortURLInfo) X(IFClose) X(IFGetInfo)                    \
-                    X(IFUpdateDeviceList) X(IFGetNumDevices) X(IFGetDeviceID) X(IFGetDeviceInfo)   \
-                        X(IFOpenDevice) X(DevClose) X(DevGetPort) X(DevGetInfo)                    \
-                            X(DevGetNumDataStreams) X(DevGetDataStreamID) X(DevOpenDataStream)     \
-                                X(DSClose) X(DSGetInfo) X(DSAnnounceBuffer)                        \
-                                    X(DSAllocAndAnnounceBuffer) X(DSRevokeBuffer)                  \
-                                        X(DSGetBufferInfo) X(DSQueueBuffer) X(DSFlushQueue)        \
-                                            X(DSStartAcquisition) X(DSStopAcquisition)             \
-                                                X(DSGetBufferChunkData)
+    X(TLGetInterfaceID) X(TLGetInterfaceInfo) X(TLOpenInterface) X(GCRegisterEvent)                \
+        X(GCUnregisterEvent) X(EventGetData) X(EventGetDataInfo) X(EventFlush) X(EventKill)        \
+            X(EventGetInfo) X(GCReadPort) X(GCWritePort) X(GCReadPortStacked)                      \
+                X(GCWritePortStacked) X(GCGetPortInfo) X(GCGetPortURL) X(GCGetNumPortURLs)         \
+                    X(GCGetPortURLInfo) X(IFClose) X(IFGetInfo) X(IFUpdateDeviceList)              \
+                        X(IFGetNumDevices) X(IFGetDeviceID) X(IFGetDeviceInfo) X(IFOpenDevice)     \
+                            X(DevClose) X(DevGetPort) X(DevGetInfo) X(DevGetNumDataStreams)        \
+                                X(DevGetDataStreamID) X(DevOpenDataStream) X(DSClose) X(DSGetInfo) \
+                                    X(DSAnnounceBuffer) X(DSAllocAndAnnounceBuffer)                \
+                                        X(DSRevokeBuffer) X(DSGetBufferInfo) X(DSQueueBuffer)      \
+                                            X(DSFlushQueue) X(DSStartAcquisition)                  \
+                                                X(DSStopAcquisition) X(DSGetBufferChunkData)
 
 // The vendor extensions; all optional.
 #define TAVIK_CUSTOM_FUNCS(X)                                                                      \
@@ -39,11 +37,9 @@ namespace gc = GenICam::Client;
     X(EventDelete)                                                                                 \
     X(EventSetData)                                                                                \
     X(EventGetDataStacked)                                                                         \
-    X(UnionCreate)                                                                                 \
-    X(UnionDelete)                                                                                 \
-    X(UnionLinkup) X(UnionUnlink) X(UnionGetData) X(UnionGetDataStacked) X(UnionGetDataInfo)       \
-        X(UnionFlush) X(UnionKill) X(EventWait) X(UnionWait) X(DSAnnounceAndQueueBuffer)           \
-            X(DSGetBufferInfoAndRevoke)
+    X(UnionCreate) X(UnionDelete) X(UnionLinkup) X(UnionUnlink) X(UnionGetData)                    \
+        X(UnionGetDataStacked) X(UnionGetDataInfo) X(UnionFlush) X(UnionKill) X(EventWait)         \
+            X(UnionWait) X(DSAnnounceAndQueueBuffer) X(DSGetBufferInfoAndRevoke)
 
 class cProducer : public llk::pObject {
 public:
