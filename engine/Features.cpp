@@ -6,6 +6,7 @@
 #include <cstring>
 #include <vector>
 
+#include "engine/Global.h"
 #include "engine/ZipDocument.h"
 #include "gik/FormulaNode.h"
 #include "gik/Node.h"
@@ -188,6 +189,13 @@ tFeatureData cFeatures::Class2Type(gik::pNode* aNode) {
     default:
         return kFeatureUnknown;
     }
+}
+
+const char* cFeatures::Lasting(llk::cString* aText) {
+    if (!aText) return nullptr;
+    cGlobal* global = cGlobal::Shared();
+    llk::cString* lasting = global ? global->Cache(aText->Chars()) : nullptr;
+    return (lasting ? lasting : aText)->Chars();
 }
 
 llk::i4 cFeatures::Seek(const char* aName, tFeatureData aType, gik::pNode*& aNode,

@@ -132,6 +132,10 @@ public:
 
     // A kernel class tag as a feature type.
     static tFeatureData Class2Type(gik::pNode* aNode);
+    // A text handed out to callers: the global's copy, which lasts until the
+    // library is unloaded (the kernel's go with its last runtime). Null
+    // stays null.
+    static const char* Lasting(llk::cString* aText);
 
 private:
     // The node of a usable feature (or any node when not aFeatureOnly), of

@@ -28,10 +28,6 @@ private:
     llk::cObjectList* mLists[2] = {nullptr, nullptr};
 };
 
-const char* TextOf(llk::cString* aText) {
-    return aText ? aText->Chars() : nullptr;
-}
-
 // What a list entry must be to be told: a feature (a node with a path that
 // is in the feature list).
 struct tNotFeature {
@@ -76,17 +72,16 @@ llk::i4 cFeatures::FillFeatureInfo(gik::pNode* aNode, tFeatureInfo& aInfo) {
     if (status != llk::kOk) return status;
 
     aInfo = tFeatureInfo{};
-    aInfo.name = TextOf(aNode->Name(false));
-    aInfo.category = TextOf(aNode->GetPath());
-    llk::cString* display = aNode->Name(true);
-    aInfo.displayName = display ? display->Chars() : aInfo.name;
+    aInfo.name = Lasting(aNode->Name(false));
+    aInfo.category = Lasting(aNode->GetPath());
+    aInfo.displayName = aNode->Name(true) ? Lasting(aNode->Name(true)) : aInfo.name;
     llk::u8 polling = aNode->PollingTime();
     aInfo.pollingTime = polling > UINT32_MAX ? UINT32_MAX : static_cast<uint32_t>(polling);
-    aInfo.unit = TextOf(aNode->Unit());
-    aInfo.representation = TextOf(aNode->Representation());
-    aInfo.tooltip = TextOf(aNode->Help(true));
-    aInfo.description = TextOf(aNode->Help(false));
-    aInfo.sfncNamespace = TextOf(aNode->NameSpace());
+    aInfo.unit = Lasting(aNode->Unit());
+    aInfo.representation = Lasting(aNode->Representation());
+    aInfo.tooltip = Lasting(aNode->Help(true));
+    aInfo.description = Lasting(aNode->Help(false));
+    aInfo.sfncNamespace = Lasting(aNode->NameSpace());
     aInfo.visibility = aNode->Visibility();
     aInfo.featureDataType = Class2Type(aNode);
     aInfo.isStreamable = aNode->IsStreamable(mRuntime);

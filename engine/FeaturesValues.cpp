@@ -141,9 +141,8 @@ llk::i4 cFeatures::FeatureStringSet(const char* aName, const char* aValue) {
 }
 
 llk::i4 cFeatures::FeatureEnumGet(const char* aName, const char*& aValue) {
-    // The entry's name belongs to the node; the value only borrows it.
     return Get(aName, kFeatureEnum, true, &aValue, [](const gik::cValue& aEntry) {
-        return aEntry.String() ? aEntry.String()->Chars() : "";
+        return aEntry.String() ? Lasting(aEntry.String()) : "";
     });
 }
 
@@ -165,9 +164,8 @@ llk::i4 cFeatures::FeatureEnumRange(const char* aName, const char** aArray, llk:
     }
     aLength = std::min(aLength, count);
     for (llk::u4 i = 0; i < aLength; ++i) {
-        const char* text = "";
-        static_cast<gik::cValue*>(names->AtIndex(i))->Get(text);
-        aArray[i] = text;
+        llk::cString* text = static_cast<gik::cValue*>(names->AtIndex(i))->String();
+        aArray[i] = text ? Lasting(text) : "";
     }
     return llk::kOk;
 }
@@ -207,7 +205,7 @@ llk::i4 cFeatures::FeatureEnumValueAsString(const char* aName, llk::i8 aValue, c
     number.SetSigned(aValue);
     llk::cString* text = nullptr;
     status = static_cast<gik::cEnumNode*>(node)->GetValueAsString(mRuntime, number, text);
-    if (status == llk::kOk) aText = text ? text->Chars() : "";
+    if (status == llk::kOk) aText = text ? Lasting(text) : "";
     return status;
 }
 
@@ -229,13 +227,12 @@ llk::i4 cFeatures::FeatureEnumValueInfo(const char* aName, const char* aValue,
     if (status == llk::kOk)
         status = enumeration->GetValueInfo(mRuntime, *entry, visibility, tooltip, nameSpace);
     if (status != llk::kOk) return status;
-    auto text = [](llk::cString* aText) { return aText ? aText->Chars() : nullptr; };
-    aEntry.name = text(name);
-    aEntry.displayName = text(display);
+    aEntry.name = Lasting(name);
+    aEntry.displayName = Lasting(display);
     aEntry.visibility = visibility;
-    aEntry.tooltip = text(tooltip);
-    aEntry.description = text(description);
-    aEntry.sfncNamespace = text(nameSpace);
+    aEntry.tooltip = Lasting(tooltip);
+    aEntry.description = Lasting(description);
+    aEntry.sfncNamespace = Lasting(nameSpace);
     aEntry.intValue = integer;
     return llk::kOk;
 }

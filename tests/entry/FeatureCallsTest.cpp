@@ -196,6 +196,28 @@ TEST_F(FeatureCallsTest, ListsCountEverythingAndFillWhatFits) {
     EXPECT_EQ(count, 0u);
 }
 
+TEST_F(FeatureCallsTest, TextsHandedOutLastUntilTheLibraryIsUnloaded) {
+    TvkFeatureInfo_t info{};
+    ASSERT_EQ(TvkFeatureInfoQuery(kSystem, "Elapsed", &info, kInfoSize), TvkErrorSuccess);
+    const char* event = nullptr;
+    ASSERT_EQ(TvkFeatureEnumGet(kSystem, "DiscoveryCameraEvent", &event), TvkErrorSuccess);
+    const char* names[4] = {};
+    uint32_t count = 4;
+    ASSERT_EQ(TvkFeatureEnumRangeQuery(kSystem, "DiscoveryCameraEvent", names, 4, &count),
+              TvkErrorSuccess);
+    TvkFeatureEnumEntry_t entry{};
+    ASSERT_EQ(TvkFeatureEnumEntryGet(kSystem, "TLSchedulerSelector", "Usb", &entry, sizeof(entry)),
+              TvkErrorSuccess);
+    TvkShutdown();
+    EXPECT_STREQ(info.name, "Elapsed");
+    EXPECT_STREQ(info.category, "/Info");
+    EXPECT_STREQ(info.tooltip, "Seconds since the library started");
+    EXPECT_STREQ(event, "Missing");
+    EXPECT_STREQ(names[3], "Unreachable");
+    EXPECT_STREQ(entry.name, "Usb");
+    EXPECT_STREQ(entry.sfncNamespace, "Custom");
+}
+
 TEST_F(FeatureCallsTest, NullPointersAndWrongSizes) {
     int64_t i = 0;
     double d = 0;
