@@ -2,7 +2,10 @@
 
 #include "engine/Global.h"
 #include "engine/Proxy.h"
+#include "engine/RequestIds.h"
 #include "kit/Data.h"
+#include "kit/ObjectList.h"
+#include "kit/ObjectMap.h"
 #include "kit/ObjectQueue.h"
 
 namespace tvk {
@@ -24,6 +27,8 @@ llk::i4 pActor::Initialize(pProxy* aProxy, cAggregate* aAggregate) {
 }
 
 pActor::~pActor() {
+    llk::ReleaseAndClear(mCallbacks);
+    llk::ReleaseAndClear(mPollTimers);
     llk::ReleaseAndClear(mWorks);
     llk::ReleaseAndClear(mDeferredRequests);
     llk::ReleaseAndClear(mMessages);
@@ -31,9 +36,12 @@ pActor::~pActor() {
     llk::ReleaseAndClear(mMutex);
 }
 
-void pActor::Dismiss() {}
+void pActor::Dismiss() {
+    DropAllCallbacks();
+}
+
 llk::u4 pActor::Handle() const {
-    return 0;
+    return mProxy ? mProxy->Handle() : 0;
 }
 void pActor::OnEventFired(llk::u4, const void*, llk::u4) {}
 void pActor::OnTimerFired(llk::u4, llk::u4) {}
@@ -45,14 +53,20 @@ bool pActor::OnMessage(llk::cMessage*) {
 }
 
 bool pActor::OnRequest(llk::cRequest* aRequest) {
-    (void)aRequest; // keeps the refused outcome
-    return true;
+    // Anything else, and features of an actor without any, keep the refused
+    // outcome.
+    cFeatures* features = Features();
+    if (aRequest->GetUid() != request::kFeature || !features) return true;
+    return OnFeatureRequest(aRequest, features);
 }
 
 void pActor::OnExecute(const llk::tActiveCode& aCode, llk::pObject* aData) {
     switch (aCode.aTag) {
     case kKindTimer:
-        OnTimerFired(aCode.aUid, aCode.aCtx);
+        if (aCode.aUid >= kPollTimer)
+            OnPoll(aCode.aCtx);
+        else
+            OnTimerFired(aCode.aUid, aCode.aCtx);
         break;
     case kKindEvent: {
         auto* data = static_cast<llk::cData*>(aData);
@@ -73,7 +87,10 @@ void pActor::OnExecute(const llk::tActiveCode& aCode, llk::pObject* aData) {
         break;
     case kKindOffloaded: {
         auto* function = static_cast<llk::cFunction*>(aData);
-        OnOffloaded(aCode.aUid, function);
+        if (aCode.aUid == kInvalidationDone)
+            OnInvalidationDone(function);
+        else
+            OnOffloaded(aCode.aUid, function);
         break;
     }
     default:

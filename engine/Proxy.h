@@ -2,6 +2,7 @@
 // forwards each call to its actor.
 #pragma once
 
+#include "engine/FeatureTypes.h"
 #include "kit/Object.h"
 #include "kit/Request.h"
 #include "kit/String.h"
@@ -45,6 +46,33 @@ public:
     llk::i4 SendRequest(llk::cRequest* aRequest, llk::u1 aPriority);
     llk::i4 PostMessage(llk::cMessage* aMessage, llk::u1 aPriority);
     llk::i4 PostFlash(llk::u4 aUid, llk::u4 aArgument, llk::u1 aPriority);
+
+    // The feature forms: each a request of uid 10 to the actor, outputs
+    // copied back on success. Null outputs are not written.
+    llk::i4 ListFeatures(tFeatureInfo* aArray, llk::u4 aStructSize, llk::u4 aLength,
+                         llk::u4* aFound);
+    llk::i4 ListAffectedFeatures(const char* aName, tFeatureInfo* aArray, llk::u4 aStructSize,
+                                 llk::u4 aLength, llk::u4* aFound);
+    llk::i4 ListSelectedFeatures(const char* aName, tFeatureInfo* aArray, llk::u4 aStructSize,
+                                 llk::u4 aLength, llk::u4* aFound);
+    llk::i4 InfoFeature(const char* aName, tFeatureInfo* aInfo, llk::u4 aSize);
+    llk::i4 StatFeature(const char* aName, bool* aReadable, bool* aWriteable);
+    llk::i4 SizeFeature(const char* aName, tFeatureData aType, llk::u4* aSize);
+    // aValue takes the type's value; strings and raw bytes also fill aFilled.
+    llk::i4 PeekFeature(const char* aName, tFeatureData aType, void* aValue, llk::u4 aLength,
+                        llk::u4* aFilled);
+    llk::i4 PokeFeature(const char* aName, tFeatureData aType, const void* aValue, llk::u4 aLength);
+    // Integer and float bounds.
+    llk::i4 RngeFeature(const char* aName, tFeatureData aType, void* aMin, void* aMax);
+    // Enumeration entries; aFilled gets the count without an array.
+    llk::i4 RngeFeature(const char* aName, const char** aArray, llk::u4 aLength, llk::u4* aFilled);
+    llk::i4 QIncFeature(const char* aName, tFeatureData aType, void* aValue, bool* aGotOne);
+    llk::i4 IsEnumValueAvailable(const char* aName, const char* aValue, bool* aAvailable);
+    llk::i4 GetEnumValueAsInteger(const char* aName, const char* aValue, llk::i8* aInteger);
+    llk::i4 GetEnumValueAsString(const char* aName, llk::i8 aValue, const char** aString);
+    llk::i4 GetEnumValueInfo(const char* aName, const char* aValue, tFeatureEnumEntry* aEntry);
+    llk::i4 RegisterCBFeature(const char* aName, tFCallback aCallback, void* aContext);
+    llk::i4 UnregisterCBFeature(const char* aName, tFCallback aCallback);
 
     void SetHandle(llk::u4 aHandle) { mHandle = aHandle; }
     llk::cString* Identifier() const { return mIdentifier; }

@@ -1,41 +1,15 @@
 // tavik: the command-line tool. Each command is one function in the table
-// below; discovery, features and capture commands join it as the library
-// gains them.
+// below; discovery and capture commands join it as the library gains them.
 #include <cstdio>
 #include <cstring>
-#include <string>
 
+#include "Common.h"
+#include "FeatureCommands.h"
 #include "Producers.h"
-#include "TavikC.h"
 
 namespace {
 
-std::string ErrorText(TvkError_t aStatus) {
-    char text[256] = {};
-    TvkGetErrorInfo(aStatus, text, sizeof(text));
-    return text;
-}
-
-// Starts the library for the scope of one command.
-class uStarted {
-public:
-    uStarted() : mStatus(TvkStartup()) {
-        if (mStatus != TvkErrorSuccess)
-            fprintf(stderr, "tavik: start-up failed: %s (%d)\n", ErrorText(mStatus).c_str(),
-                    mStatus);
-    }
-    ~uStarted() {
-        if (mStatus == TvkErrorSuccess) TvkShutdown();
-    }
-    uStarted(const uStarted&) = delete;
-    uStarted& operator=(const uStarted&) = delete;
-    bool Ok() const { return mStatus == TvkErrorSuccess; }
-
-private:
-    TvkError_t mStatus;
-};
-
-int Version() {
+int Version(int, char**) {
     TvkVersionInfo_t version{};
     TvkVersionQuery(&version, sizeof(version));
     printf("Tavik %u.%u.%u\n", version.major, version.minor, version.patch);
@@ -52,45 +26,52 @@ void PrintProducers() {
     }
 }
 
-int Producers() {
-    uStarted started;
-    if (!started.Ok()) return 1;
+int Producers(int, char**) {
+    if (Start() != TvkErrorSuccess) return 1;
     PrintProducers();
+    TvkShutdown();
     return 0;
 }
 
 // What works today, end to end: start-up finds and loads the producers, each
-// tells about its transport layer, and shutdown unloads them again.
-int Demo() {
-    Version();
+// tells about its transport layer, the system's features are read and
+// written, and shutdown unloads the producers again.
+int Demo(int aCount, char** aWords) {
+    Version(aCount, aWords);
     printf("Starting up (producers are searched in the current directory and in "
            "GENICAM_GENTL64_PATH)...\n");
-    {
-        uStarted started;
-        if (!started.Ok()) return 1;
-        PrintProducers();
-        printf("Shutting down...\n");
-    }
-    printf("Done. Cameras, features and frame capture come with the next releases.\n");
-    return 0;
+    if (Start() != TvkErrorSuccess) return 1;
+    PrintProducers();
+    printf("Shutting down...\n");
+    TvkShutdown();
+    printf("\n");
+    return FeatureDemo();
 }
 
 struct tCommand {
     const char* name;
+    const char* arguments;
     const char* help;
-    int (*run)();
+    int (*run)(int aCount, char** aWords);
 };
 
 constexpr tCommand kCommands[] = {
-    {"version", "print the library version", &Version},
-    {"producers", "start up and show the producers found and their transport layers", &Producers},
-    {"demo", "version, start-up, producers and shutdown", &Demo},
+    {"version", "", "print the library version", &Version},
+    {"producers", "", "start up and show the producers found and their transport layers",
+     &Producers},
+    {"features", "TARGET", "the tree of a target's features (TARGET: system)", &FeaturesCommand},
+    {"get", "TARGET NAME", "one feature's value", &GetCommand},
+    {"set", "TARGET NAME [VALUE]", "write a feature (a command runs without a value)", &SetCommand},
+    {"demo", "", "version, producers, the system's features", &Demo},
 };
 
 int Usage() {
-    puts("usage: tavik <command>");
-    for (const tCommand& command : kCommands)
-        printf("  %-10s %s\n", command.name, command.help);
+    puts("usage: tavik <command> [arguments]");
+    for (const tCommand& command : kCommands) {
+        char call[64];
+        snprintf(call, sizeof(call), "%s %s", command.name, command.arguments);
+        printf("  %-26s %s\n", call, command.help);
+    }
     return 2;
 }
 
@@ -99,6 +80,6 @@ int Usage() {
 int main(int argc, char** argv) {
     if (argc < 2) return Usage();
     for (const tCommand& command : kCommands)
-        if (strcmp(argv[1], command.name) == 0) return command.run();
+        if (strcmp(argv[1], command.name) == 0) return command.run(argc - 2, argv + 2);
     return Usage();
 }

@@ -1,5 +1,6 @@
 #include "Lifecycle.h"
 
+#include "SupervisorStart.h"
 #include "TransportLayers.h"
 #include "engine/Aggregate.h"
 #include "engine/Global.h"
@@ -15,12 +16,6 @@ TvkError_t LoadProducers(tLocalData& aLocal) {
     aLocal.global->Disable(false);
     ScanSearchPath(aLocal.transportLayers);
     return MakeTLs(aLocal.transportLayers, aLocal.global) ? TvkErrorSuccess : TvkErrorNoTL;
-}
-
-// The Supervisor's aggregate: its actors need no producer.
-TvkError_t MakeSupervisor(tLocalData& aLocal) {
-    aLocal.supervisorAggregate = llk::Retained(tvk::cAggregate::New(aLocal.global));
-    return aLocal.supervisorAggregate ? TvkErrorSuccess : llk::kNoMemory;
 }
 
 // After a failed start: the producers unload and the table closes; the map
@@ -54,7 +49,7 @@ void WaitWhileStopping(tLocalData& aLocal) {
 
 TvkError_t StartModule(tLocalData& aLocal) {
     TvkError_t status = LoadProducers(aLocal);
-    if (status == TvkErrorSuccess) status = MakeSupervisor(aLocal);
+    if (status == TvkErrorSuccess) status = StartSupervisor(aLocal);
     if (status == TvkErrorSuccess)
         aLocal.started = true;
     else
@@ -71,10 +66,15 @@ void StopModule(tLocalData& aLocal, llk::uAutoreleasePool& aPool) {
     // New gated calls are refused from here; calls inside finish.
     aLocal.junction->Latch(false);
     EndActors(aLocal);
+    tvk::pProxy* supervisor = StopSupervisor(aLocal);
     aPool.Sink();
-    // The aggregates stop without the mutex: their threads may still be
-    // finishing calls that need it.
+    // The Supervisor ends and the aggregates stop without the mutex: their
+    // threads may still be finishing calls that need it.
     aLocal.mutex->Unlock();
+    // Calls inside may still hold the Supervisor, some from its own
+    // callbacks; it ends once they are out, on this thread.
+    aLocal.junction->Wait(0);
+    llk::ReleaseAndClear(supervisor);
     ReleaseAggregates(aLocal);
     aPool.Sink();
     aLocal.mutex->Lock();

@@ -104,7 +104,11 @@ void TvkAPILeave() {
 }
 
 tvk::pProxy* Handle2Proxy(TvkHandle_t aHandle) {
-    if (aHandle == TVK_SYSTEM_HANDLE) return llk::Retained(gLocalData.supervisorProxy);
+    if (aHandle == TVK_SYSTEM_HANDLE) {
+        // Shutdown lets go of the Supervisor under the module mutex.
+        llk::uLock hold(gLocalData.mutex);
+        return llk::Retained(gLocalData.supervisorProxy);
+    }
     // Table handles are small numbers; anything wider is no handle of ours.
     auto value = reinterpret_cast<uintptr_t>(aHandle);
     if (!gLocalData.global || value > 0xFFFFFFFFu) return nullptr;

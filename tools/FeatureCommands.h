@@ -1,0 +1,16 @@
+// The feature commands of the tool: the tree of a target's features, and
+// reading and writing one of them.
+#pragma once
+
+#include "TavikC.h"
+
+// Each takes the words after the command; the result is the exit code.
+// tavik features TARGET
+int FeaturesCommand(int aCount, char** aWords);
+// tavik get TARGET NAME
+int GetCommand(int aCount, char** aWords);
+// tavik set TARGET NAME [VALUE] (a command runs without a value)
+int SetCommand(int aCount, char** aWords);
+
+// The system's features, one read and one write, for the demo.
+int FeatureDemo();
