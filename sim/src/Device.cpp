@@ -6,11 +6,14 @@
 #include <fstream>
 #include <iterator>
 
+#include "BigEndian.h"
+#include "Bootstrap.h"
 #include "Documents.h"
 #include "EventData.h"
 #include "FrameGenerator.h"
 #include "Info.h"
 #include "Modules.h"
+#include "Producer.h"
 #include "Sha1.h"
 #include "Stream.h"
 #include "Transport.h"
@@ -51,15 +54,16 @@ Device::Device(Interface* aParent, const tCameraConfig& aConfig)
 Device::~Device() = default;
 
 // A camera served with another document keeps a zero-filled register space.
+// Ours comes up with the network settings it last kept.
 void Device::Reset() {
     std::lock_guard<std::mutex> hold(mLock);
     std::fill(mSpace.begin(), mSpace.end(), 0);
     memcpy(mSpace.data() + reg::kDocument, mDocument.data(), mDocument.size());
     if (!mConfig.document.empty()) return;
-    WriteText(reg::kVendor, mConfig.vendor, 32);
-    WriteText(reg::kModel, mConfig.model, 32);
-    WriteText(reg::kSerial, mConfig.serial, 16);
-    WriteText(reg::kVersion, mConfig.version, 16);
+    gev::Fill(
+        mSpace.data(), mConfig,
+        Producer().networks.Recall(mConfig.id).value_or(gev::FactorySettings(mConfig.ipAddress)));
+    gev::WriteUrl(mSpace.data(), LocalUrl(DocumentLocked()));
     WriteU32(reg::kSensorWidth, mConfig.sensorWidth);
     WriteU32(reg::kSensorHeight, mConfig.sensorHeight);
     WriteU32(reg::kWidth, mConfig.width);
@@ -67,7 +71,6 @@ void Device::Reset() {
     WriteU32(reg::kPixelFormat, mConfig.pixelFormat);
     WriteU32(reg::kTemperature, 250); // 25 degrees
     WriteU32(reg::kTLType, TypeCode(TransportType()));
-    WriteU32(reg::kPacketSize, 1500);
     WriteU32(reg::kEventSelector, kEventExposureEnd);
     for (uint32_t selector = 0; selector < chunk::kSelectors; ++selector)
         WriteU32(reg::kChunkEnable + 4 * selector, 1);
@@ -98,7 +101,7 @@ GC_ERROR Device::Info(DEVICE_INFO_CMD aCommand, INFO_DATATYPE* aType, void* aBuf
     case DEVICE_INFO_ACCESS_STATUS:
         return ReplyValue(INFO_DATATYPE_INT32, AccessStatus(), aType, aBuffer, aSize);
     case DEVICE_INFO_USER_DEFINED_NAME:
-        return ReplyText("", aType, aBuffer, aSize);
+        return ReplyText(UserName(), aType, aBuffer, aSize);
     case DEVICE_INFO_SERIAL_NUMBER:
     case DEVICE_INFO_SERIAL_QRX:
         return ReplyText(c.serial, aType, aBuffer, aSize);
@@ -111,14 +114,20 @@ GC_ERROR Device::Info(DEVICE_INFO_CMD aCommand, INFO_DATATYPE* aType, void* aBuf
     }
 }
 
+// The bootstrap's URL register says the same.
 void Device::ReportDocument(uint64_t aAddress, uint32_t aSize) {
     std::lock_guard<std::mutex> hold(mLock);
     mReportedAddress = aAddress;
     mReportedSize = aSize;
+    if (mConfig.document.empty()) gev::WriteUrl(mSpace.data(), LocalUrl(DocumentLocked()));
 }
 
 Port::tDocument Device::Document() {
     std::lock_guard<std::mutex> hold(mLock);
+    return DocumentLocked();
+}
+
+Port::tDocument Device::DocumentLocked() const {
     Port::tDocument d;
     d.address = mReportedAddress;
     d.size = mReportedSize;
@@ -149,11 +158,6 @@ void Device::WriteU32(uint64_t aAddress, uint32_t aValue) {
     memcpy(mSpace.data() + aAddress, &aValue, 4);
 }
 
-void Device::WriteText(uint64_t aAddress, const std::string& aText, size_t aLength) {
-    memset(mSpace.data() + aAddress, 0, aLength);
-    memcpy(mSpace.data() + aAddress, aText.data(), std::min(aText.size(), aLength - 1));
-}
-
 uint32_t Device::ReadU32(uint64_t aAddress) {
     std::lock_guard<std::mutex> hold(mLock);
     return U32(aAddress);
@@ -162,6 +166,27 @@ uint32_t Device::ReadU32(uint64_t aAddress) {
 double Device::ReadF64(uint64_t aAddress) {
     std::lock_guard<std::mutex> hold(mLock);
     return F64(aAddress);
+}
+
+uint32_t Device::PacketSize() {
+    std::lock_guard<std::mutex> hold(mLock);
+    return gev::PacketSize(mSpace.data());
+}
+
+// A write of the SCPS register's low half, where the packet size lies: its
+// flags stay.
+GC_ERROR Device::SetPacketSize(uint64_t aSize) {
+    if (aSize > 0xFFFF) return GC_ERR_INVALID_PARAMETER;
+    uint8_t field[2];
+    StoreBigEndian(field, aSize, sizeof(field));
+    size_t size = sizeof(field);
+    return Write(gev::kPacketSize + 2, field, &size);
+}
+
+std::string Device::UserName() {
+    std::lock_guard<std::mutex> hold(mLock);
+    if (!mConfig.document.empty()) return {};
+    return gev::GetText(mSpace.data() + gev::kUserName, gev::kSerialLength);
 }
 
 uint32_t Device::U32(uint64_t aAddress) const {
@@ -222,13 +247,13 @@ GC_ERROR Device::Write(uint64_t aAddress, const void* aBuffer, size_t* aSize) {
 }
 
 bool Device::IsReadOnly(uint64_t aAddress, size_t aSize) const {
-    // What the camera decides itself: who it is, its sensor, the payload it
-    // sends, its counters; and the document.
+    // What the camera decides itself: who it is and where it is on the
+    // network (the bootstrap registers but those a consumer sets), its
+    // sensor, the payload it sends, its counters; and the document.
     struct tRange {
         uint64_t address, length;
     };
-    static constexpr tRange kReadOnly[] = {{reg::kVendor, reg::kUserId - reg::kVendor},
-                                           {reg::kPayloadSize, 4},
+    static constexpr tRange kReadOnly[] = {{reg::kPayloadSize, 4},
                                            {reg::kSensorWidth, 8},
                                            {reg::kFrameCounter, 4},
                                            {reg::kTemperature, 4}};
@@ -237,6 +262,7 @@ bool Device::IsReadOnly(uint64_t aAddress, size_t aSize) const {
     };
     if (overlaps(reg::kDocument, reg::kSpaceSize - reg::kDocument)) return true;
     if (!mConfig.document.empty()) return false; // another document: a plain register space
+    if (overlaps(0, gev::kEnd) && !gev::Writable(aAddress, aSize)) return true;
     for (const tRange& range : kReadOnly)
         if (overlaps(range.address, range.length)) return true;
     return false;
@@ -253,6 +279,11 @@ void Device::Apply(uint64_t aAddress, size_t aSize) {
         (aAddress < reg::kChunkEnable + 4 * chunk::kSelectors &&
          reg::kChunkEnable < aAddress + aSize))
         UpdatePayload();
+    if (gev::TouchesSettings(aAddress, aSize)) {
+        const gev::tNetworkSettings settings = gev::ReadSettings(mSpace.data());
+        gev::WriteSettings(mSpace.data(), settings);
+        Producer().networks.Keep(mConfig.id, settings);
+    }
     if (touches(reg::kAcquisitionStart)) mAcquiring.store(true);
     if (touches(reg::kAcquisitionStop)) mAcquiring.store(false);
     if (touches(reg::kReset)) {

@@ -18,10 +18,9 @@ namespace sim {
 class Interface;
 class Stream;
 
-// Register addresses of the built-in document (little-endian).
+// Register addresses of the built-in document (little-endian), after the
+// GigE Vision bootstrap registers (Bootstrap.h).
 namespace reg {
-constexpr uint64_t kVendor = 0x0000, kModel = 0x0020, kSerial = 0x0040, kVersion = 0x0050;
-constexpr uint64_t kUserId = 0x0060, kReset = 0x0070;
 constexpr uint64_t kWidth = 0x1000, kHeight = 0x1004, kOffsetX = 0x1008, kOffsetY = 0x100C;
 constexpr uint64_t kPixelFormat = 0x1010, kPayloadSize = 0x1014;
 constexpr uint64_t kSensorWidth = 0x1018, kSensorHeight = 0x101C;
@@ -29,9 +28,9 @@ constexpr uint64_t kAcquisitionStart = 0x1020, kAcquisitionStop = 0x1024;
 constexpr uint64_t kFrameRate = 0x1028, kExposure = 0x1030, kGain = 0x1038;
 constexpr uint64_t kChunkMode = 0x1048, kFrameCounter = 0x104C, kTLParamsLocked = 0x1050;
 constexpr uint64_t kEventSelector = 0x1060, kTemperature = 0x1070, kTLType = 0x1078;
-constexpr uint64_t kUserOutputs = 0x1080, kLineStatus = 0x1090;
+constexpr uint64_t kReset = 0x107C, kUserOutputs = 0x1080, kLineStatus = 0x1090;
 constexpr uint64_t kChunkSelector = 0x10B0, kChunkEnable = 0x10C0; // one word per selector
-constexpr uint64_t kUserValue = 0x10E0, kPacketSize = 0x10F0;
+constexpr uint64_t kUserValue = 0x10E0;
 constexpr uint64_t kEventNotification = 0x1200; // one word per event, from id 40000
 constexpr uint64_t kDocument = 0x100000;
 constexpr uint64_t kSpaceSize = 0x400000; // room for a 3 MiB document
@@ -71,12 +70,17 @@ public:
     RemotePort& Remote() { return mRemote; }
     ModulePort& Module() { return *mModule; }
     GC_ERROR Info(DEVICE_INFO_CMD aCommand, INFO_DATATYPE* aType, void* aBuffer, size_t* aSize);
+    // What a consumer named the camera in its bootstrap's user-defined name.
+    std::string UserName();
 
     // Port access; the register space is kept below 4 GiB.
     GC_ERROR Read(uint64_t aAddress, void* aBuffer, size_t* aSize);
     GC_ERROR Write(uint64_t aAddress, const void* aBuffer, size_t* aSize);
     uint32_t ReadU32(uint64_t aAddress);
     double ReadF64(uint64_t aAddress);
+    // The stream channel's packet size, as its SCPS register holds it.
+    uint32_t PacketSize();
+    GC_ERROR SetPacketSize(uint64_t aSize);
 
     // Open state; the handle is this object while open.
     bool Open(int32_t aFlags);
@@ -109,7 +113,7 @@ private:
     uint32_t U32(uint64_t aAddress) const;
     double F64(uint64_t aAddress) const;
     void WriteU32(uint64_t aAddress, uint32_t aValue);
-    void WriteText(uint64_t aAddress, const std::string& aText, size_t aLength);
+    Port::tDocument DocumentLocked() const;
     // Whether a write touches a register that only the camera sets, or the document.
     bool IsReadOnly(uint64_t aAddress, size_t aSize) const;
     // Applies what a register write means to the camera.

@@ -4,6 +4,7 @@
 
 #include <atomic>
 
+#include "Bootstrap.h"
 #include "Device.h"
 #include "Documents.h"
 #include "Producer.h"
@@ -43,14 +44,6 @@ std::function<std::string()> Enumeration(ModulePort& aPort, uint64_t aAddress, u
     aPort.Number(aAddress + 8, 4, [aListing] { return uint64_t{aListing->Count()}; });
     aPort.Text(aId, kText, selected);
     return selected;
-}
-
-// A locally administered MAC address, the same for a camera every time.
-uint64_t MacAddress(const std::string& aId) {
-    uint32_t hash = 2166136261u; // FNV-1a
-    for (char c : aId)
-        hash = (hash ^ static_cast<uint8_t>(c)) * 16777619u;
-    return 0x025441000000ull | (hash & 0xFFFFFF);
 }
 } // namespace
 
@@ -132,7 +125,7 @@ std::unique_ptr<ModulePort> DeviceModule(Device& aDevice) {
     port->Text(0x0100, 128, [c] { return c->vendor + " " + c->model + " (" + c->serial + ")"; });
     port->Number(0x0180, 4, [device] { return uint64_t{TypeCode(device->TransportType())}; });
     port->Number(0x0184, 4, [device] { return uint64_t(device->AccessStatus()); });
-    port->Number(0x0188, 8, [c] { return MacAddress(c->id); });
+    port->Number(0x0188, 8, [c] { return gev::MacAddress(c->id); }); // as its bootstrap says
     // One stream: the selector takes 0 only.
     port->Number(
         0x0190, 4, [] { return uint64_t{0}; },
@@ -169,12 +162,8 @@ std::unique_ptr<ModulePort> StreamModule(Stream& aStream) {
     port->Number(0x0100, 4, [] { return uint64_t{576}; });
     port->Number(0x0104, 4, [] { return uint64_t{9000}; });
     port->Number(
-        0x0108, 4, [device] { return uint64_t{device->ReadU32(reg::kPacketSize)}; },
-        [device](uint64_t v) {
-            const uint32_t value = static_cast<uint32_t>(v);
-            size_t size = sizeof(value);
-            return device->Write(reg::kPacketSize, &value, &size);
-        });
+        0x0108, 4, [device] { return uint64_t{device->PacketSize()}; },
+        [device](uint64_t v) { return device->SetPacketSize(v); });
     port->Number(0x010C, 4, [stream, device] {
         return uint64_t{device->AccessStatus() == DEVICE_ACCESS_STATUS_OPEN_READONLY ||
                         stream->Counts().grabbing};

@@ -9,12 +9,15 @@
 
 namespace sim {
 
-std::string Port::Url() {
-    const tDocument d = Document();
+std::string LocalUrl(const Port::tDocument& aDocument) {
     char url[256];
-    snprintf(url, sizeof(url), "Local:%s;%llx;%x", d.fileName.c_str(),
-             static_cast<unsigned long long>(d.address), d.size);
+    snprintf(url, sizeof(url), "Local:%s;%llx;%x", aDocument.fileName.c_str(),
+             static_cast<unsigned long long>(aDocument.address), aDocument.size);
     return url;
+}
+
+std::string Port::Url() {
+    return LocalUrl(Document());
 }
 
 GC_ERROR Port::Info(PORT_INFO_CMD aCommand, INFO_DATATYPE* aType, void* aBuffer, size_t* aSize) {

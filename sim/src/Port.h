@@ -37,7 +37,6 @@ public:
     virtual tIdentity Identity() = 0;
     virtual tDocument Document() = 0;
 
-    // "Local:<file>;<address>;<size>", hexadecimal.
     std::string Url();
     GC_ERROR Info(PORT_INFO_CMD aCommand, INFO_DATATYPE* aType, void* aBuffer, size_t* aSize);
     GC_ERROR UrlInfo(uint32_t aIndex, URL_INFO_CMD aCommand, INFO_DATATYPE* aType, void* aBuffer,
@@ -45,6 +44,9 @@ public:
     // Entries one after another, up to the first failure; the count says how many.
     GC_ERROR Stacked(PORT_REGISTER_STACK_ENTRY* aEntries, size_t* aCount, bool aWrite);
 };
+
+// A document's URL: "Local:<file>;<address>;<size>", hexadecimal.
+std::string LocalUrl(const Port::tDocument& aDocument);
 
 // The registers of a module, each answered by a function, and its document.
 // Registers are little-endian; a write must fill a whole register.

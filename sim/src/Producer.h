@@ -7,6 +7,7 @@
 #include <set>
 #include <string>
 
+#include "Bootstrap.h"
 #include "Faults.h"
 #include "Transport.h"
 
@@ -27,6 +28,7 @@ struct tProducer {
     std::unique_ptr<System> system;
     Handles handles;
     Faults faults;
+    gev::NetworkMemory networks;
     std::set<std::unique_ptr<Event>> madeEvents;
     std::set<std::unique_ptr<Union>> unions;
     GC_ERROR lastError = GC_ERR_SUCCESS;

@@ -9,6 +9,19 @@
 
 namespace sim {
 
+namespace {
+// Camera c of interface i is at 192.168.<i + 1>.<c + 10>: every interface a
+// network of its own, every camera on it an address of its own.
+void AssignAddresses(tTopology& aTopology) {
+    for (size_t i = 0; i < aTopology.interfaces.size(); ++i) {
+        std::vector<tCameraConfig>& cameras = aTopology.interfaces[i].cameras;
+        for (size_t c = 0; c < cameras.size(); ++c)
+            cameras[c].ipAddress = 0xC0A80000u | static_cast<uint32_t>(1 + i % 254) << 8 |
+                                   static_cast<uint32_t>(10 + c % 240);
+    }
+}
+} // namespace
+
 tTopology DefaultTopology() {
     tTopology t;
     tInterfaceConfig gev{"SimGEV-0", "GEV", "Simulated GigE Vision interface", "GEV0001", {}};
@@ -35,6 +48,7 @@ tTopology DefaultTopology() {
     rgb.pixelFormat = 0x02180014; // RGB8
     lab.cameras = {rgb};
     t.interfaces = {gev, lab};
+    AssignAddresses(t);
     return t;
 }
 
@@ -112,6 +126,7 @@ bool ParseTopology(const std::string& aPath, tTopology& aTopology) {
         fault.delayMs = Number(f, "delay", uint32_t{0});
         t.faults.push_back(fault);
     }
+    AssignAddresses(t);
     aTopology = t;
     return true;
 }

@@ -24,6 +24,8 @@ struct tCameraConfig {
     std::string document; // a file to serve instead of the built-in document
     bool zipped = false;  // serve the document ZIP-compressed
     bool plugged = true;
+    // Its current IPv4 address, by its place in the topology.
+    uint32_t ipAddress = 0;
 };
 
 struct tInterfaceConfig {

@@ -71,7 +71,7 @@ TEST_F(SimulatorTest, DocumentIsServedThroughThePortAndCarriesItsFeatures) {
     EXPECT_EQ(ReadU32(0x1014), 320u * 480u);
     char vendor[32] = {};
     size_t size = sizeof(vendor);
-    ASSERT_EQ(mGenTL->GCReadPort(mPort, 0x0000, vendor, &size), GC_ERR_SUCCESS);
+    ASSERT_EQ(mGenTL->GCReadPort(mPort, 0x0048, vendor, &size), GC_ERR_SUCCESS);
     EXPECT_STREQ(vendor, "Tavik");
     uint8_t byte = 0;
     size = 1;
@@ -86,7 +86,7 @@ TEST_F(SimulatorTest, ReadOnlyRegistersAndTheDocumentRefuseWrites) {
         return mGenTL->GCWritePort(mPort, aAddress, &aValue, &size);
     };
     // SensorWidth, SensorHeight, PayloadSize, FrameCounter, the vendor name.
-    for (uint64_t address : {0x1018u, 0x101Cu, 0x1014u, 0x104Cu, 0x0000u})
+    for (uint64_t address : {0x1018u, 0x101Cu, 0x1014u, 0x104Cu, 0x0048u})
         EXPECT_EQ(write(address, 12345), GC_ERR_ACCESS_DENIED) << std::hex << address;
     EXPECT_EQ(ReadU32(0x1018), 1280u);
     EXPECT_EQ(ReadU32(0x1014), payload);
