@@ -1,6 +1,8 @@
 // The simulator's documents as a GenICam consumer uses them: loaded into
 // Tavik's feature kernel over the producer's own ports, reading and writing
 // features, and reading chunk data through the documents' chunk ports.
+#include <arpa/inet.h>
+
 #include <map>
 #include <set>
 #include <type_traits>
@@ -272,7 +274,10 @@ TEST_F(DocumentsTest, EveryModuleIsAPortWithADocumentOfItsOwn) {
     EXPECT_EQ(Get<std::string>(device, "DeviceID"), DeviceIds(mInterface)[0]);
     EXPECT_EQ(Get<std::string>(device, "DeviceType"), "GigEVision");
     EXPECT_EQ(Get<std::string>(device, "StreamID"), "Stream0");
-    EXPECT_NE(Get<uint64_t>(device, "GevDeviceMACAddress"), 0u);
+    // The camera's MAC, as its GigE Vision bootstrap registers have it (network order).
+    const uint64_t mac = uint64_t{ntohl(ReadU32(0x0008))} << 32 | ntohl(ReadU32(0x000C));
+    EXPECT_NE(mac, 0u);
+    EXPECT_EQ(Get<uint64_t>(device, "GevDeviceMACAddress"), mac);
 
     gik::cRuntime* data = Load({{"StreamPort", stream}});
     EXPECT_TRUE(ReadAll(data).unread.empty());
