@@ -3,7 +3,9 @@
 // bound.
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <string>
+#include <unordered_set>
 
 #include "Fixture.h"
 #include "gik/Document.h"
@@ -222,4 +224,76 @@ TEST_F(BadInput, FormulasOutliveTheirRuntimesUntilForgotten) {
     u4 count = sShared::FormulaCount();
     sShared::ForgetUnused();
     EXPECT_LE(sShared::FormulaCount() + 20, count);
+}
+
+namespace {
+
+// Every node in a dependents or selected list of a table node is itself a
+// node of the table.
+void ExpectOnlyTableNodesLinked(cRuntime* aRuntime) {
+    std::unordered_set<const pNode*> table;
+    for (u4 i = 0; i < aRuntime->NodeCount(); ++i)
+        table.insert(aRuntime->NodeAt(i));
+    for (u4 i = 0; i < aRuntime->NodeCount(); ++i) {
+        pNode* node = aRuntime->NodeAt(i);
+        for (llk::cObjectList* list : {node->Dependents(), node->SelectedNodes()})
+            for (u4 j = 0; list && j < list->Count(); ++j)
+                EXPECT_TRUE(table.count(static_cast<pNode*>(list->AtIndex(j))))
+                    << node->NameText() << " links a node outside the table";
+    }
+}
+
+// Reads every node and writes back what it read, where it may.
+void ReadAndWriteBack(cRuntime* aRuntime) {
+    for (u4 i = 0; i < aRuntime->NodeCount(); ++i) {
+        pNode* node = aRuntime->NodeAt(i);
+        cValue value;
+        if (node->GetValue(aRuntime, value, nullptr) != 0 || !node->IsWriteable(aRuntime)) continue;
+        aRuntime->ClearPoked();
+        node->SetValue(aRuntime, &value, nullptr);
+    }
+}
+
+} // namespace
+
+TEST_F(BadInput, StructEntriesOfOneNameProcessedTwiceWithReplacement) {
+    // Found by the document fuzzer: two entries named "High", an Integer
+    // named like the port, prefix "P_", the text processed twice.
+    const char* text = "<RegisterDescription M=\"\"> <Category Name=\"Root\"></Category><StructReg "
+                       "Comment=>d<Length>4</Length><pPort>Device</pPort><StructEntry "
+                       "Name=\"High\"><LSB>15</LSB><MSB>8</MSB></StructEntry><StructEntry "
+                       "Name=\"High\"><Bit>3</Bit></StructEntry></StructReg>\n<Integer "
+                       "Name=\"Device\"/></RegisterDescription>";
+    ASSERT_EQ(strlen(text), 294u);
+    ASSERT_EQ(mRuntime->Process(text, false, "P_", false), 0);
+    ASSERT_EQ(mRuntime->Process(text, false, "P_", true), 0);
+    ASSERT_EQ(mRuntime->Finalize(), 0);
+    ExpectOnlyTableNodesLinked(mRuntime);
+    ReadAndWriteBack(mRuntime);
+}
+
+TEST_F(BadInput, NodesReplacedOrRemovedLeaveEveryList) {
+    const std::string nodes =
+        "<Integer Name=\"A\"><pValue>R</pValue><pSelected>B</pSelected></Integer>"
+        "<Integer Name=\"B\"><pValue>R</pValue><pInvalidator>A</pInvalidator></Integer>" +
+        IntReg("R", "0") +
+        "<StructReg Comment=\"S\"><Address>8</Address><Length>4</Length><pPort>Device</pPort>"
+        "<StructEntry Name=\"F\"><Bit>1</Bit></StructEntry></StructReg>";
+    ASSERT_EQ(mRuntime->Process(test::Document(nodes, "A B F").c_str(), false, nullptr, false), 0);
+    EXPECT_TRUE(mRuntime->RemoveNode("F")); // an entry that never enters the graph
+    ASSERT_EQ(mRuntime->Finalize(), 0);
+    ExpectOnlyTableNodesLinked(mRuntime);
+    // Processed again once finalized: every node of the text is replaced,
+    // the holder gets a second name, the old nodes leave every list.
+    ASSERT_EQ(mRuntime->Process(test::Document(nodes, "A B F").c_str(), false, nullptr, true), 0);
+    ExpectOnlyTableNodesLinked(mRuntime);
+    EXPECT_EQ(Features(), "");
+    ASSERT_EQ(mRuntime->Finalize(), 0);
+    ExpectOnlyTableNodesLinked(mRuntime);
+    EXPECT_EQ(Features(), "A B F");
+    ASSERT_EQ(SetInt("A", 5), 0);
+    EXPECT_EQ(Poked(), "B");
+    ASSERT_EQ(SetInt("F", 1), 0);
+    EXPECT_EQ(mPort->GetBig(8, 4), 1u << 30); // big endian: bit 1 counts from the top
+    ReadAndWriteBack(mRuntime);
 }
