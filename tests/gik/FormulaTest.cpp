@@ -79,7 +79,9 @@ protected:
         Eval(aText, r);
         return !mError.empty();
     }
-    void Var(const char* aName, const tScalar& aValue) { ASSERT_EQ(mVariables->Set(aName, aValue), 0); }
+    void Var(const char* aName, const tScalar& aValue) {
+        ASSERT_EQ(mVariables->Set(aName, aValue), 0);
+    }
 
     llk::uAutoreleasePool mPool;
     cVariables* mVariables = nullptr;
@@ -92,17 +94,17 @@ TEST_F(Formulas, PrecedenceOfTheLevels) {
     EXPECT_EQ(Int("1 + 2 * 3"), 7);
     EXPECT_EQ(Int("1 << 2 + 1"), 8);
     EXPECT_EQ(Int("(1 + 2) * 3"), 9);
-    EXPECT_EQ(Int("7 - 2 - 1"), 4);   // left-associative
+    EXPECT_EQ(Int("7 - 2 - 1"), 4);    // left-associative
     EXPECT_EQ(Int("100 / 10 / 5"), 2); // left-associative
     EXPECT_EQ(Int("2 ** 3 ** 2"), 64); // "**" is left-associative too
     EXPECT_EQ(Int("-2 ** 2"), 4);      // and weaker than unary minus
     EXPECT_EQ(Int("2 * 3 ** 2"), 18);
     EXPECT_EQ(Int("1 | 2 ^ 3 & 6"), 1 | (2 ^ (3 & 6)));
-    EXPECT_EQ(Int("1 = 1 & 3"), 1);    // "=" is tighter than "&"
-    EXPECT_EQ(Int("2 < 3 = 1"), 1);    // relation tighter than equality
-    EXPECT_EQ(Int("1 << 1 < 3"), 1);   // shift tighter than relation
-    EXPECT_EQ(Int("1 || 0 && 0"), 1);  // "&&" tighter than "||"
-    EXPECT_EQ(Int("0 && 1 | 1"), 0);   // "|" tighter than "&&"
+    EXPECT_EQ(Int("1 = 1 & 3"), 1);   // "=" is tighter than "&"
+    EXPECT_EQ(Int("2 < 3 = 1"), 1);   // relation tighter than equality
+    EXPECT_EQ(Int("1 << 1 < 3"), 1);  // shift tighter than relation
+    EXPECT_EQ(Int("1 || 0 && 0"), 1); // "&&" tighter than "||"
+    EXPECT_EQ(Int("0 && 1 | 1"), 0);  // "|" tighter than "&&"
     EXPECT_EQ(Int("7 % 4 * 2"), 6);
     EXPECT_EQ(Int("~0"), -1);
     EXPECT_EQ(Int("- - 3"), 3);
@@ -379,9 +381,11 @@ TEST_F(Formulas, SharedTreesEvaluateOnManyThreadsAtOnce) {
     cRuntime* runtime = cRuntime::New(false); // attaches the shared table
     ASSERT_NE(runtime, nullptr);
     const char* error = nullptr;
-    cFormula* f = sShared::Formula("X < 0 ? ABS(X) * 2 : ROUND(X / 3.0, 2) + SQRT(X) + (X % 7)", &error);
+    cFormula* f =
+        sShared::Formula("X < 0 ? ABS(X) * 2 : ROUND(X / 3.0, 2) + SQRT(X) + (X % 7)", &error);
     ASSERT_NE(f, nullptr);
-    cFormula* again = sShared::Formula("X < 0 ? ABS(X) * 2 : ROUND(X / 3.0, 2) + SQRT(X) + (X % 7)", &error);
+    cFormula* again =
+        sShared::Formula("X < 0 ? ABS(X) * 2 : ROUND(X / 3.0, 2) + SQRT(X) + (X % 7)", &error);
     EXPECT_EQ(f, again);
     again->Release();
     std::atomic<int> wrong{0};
@@ -399,7 +403,8 @@ TEST_F(Formulas, SharedTreesEvaluateOnManyThreadsAtOnce) {
                     continue;
                 }
                 double expected = x < 0 ? static_cast<double>(-x * 2)
-                                        : std::round(x / 3.0 * 100.0) / 100.0 + std::sqrt(static_cast<double>(x)) +
+                                        : std::round(x / 3.0 * 100.0) / 100.0 +
+                                              std::sqrt(static_cast<double>(x)) +
                                               static_cast<double>(x % 7);
                 if (std::fabs(r.AsReal() - expected) > 1e-9) ++wrong;
             }
