@@ -18,7 +18,6 @@
 #include "gik/Port.h"
 #include "gik/Runtime.h"
 #include "gik/Scanner.h"
-#include "gik/Shared.h"
 #include "gik/Value.h"
 #include "gik/XmlDepth.h"
 #include "kit/AutoreleasePool.h"
@@ -149,7 +148,5 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* aData, size_t aSize) {
         CheckDepth(text);
         Run(text);
     }
-    // Each input compiles new formula texts; none is needed again.
-    gik::sShared::ForgetUnused();
     return 0;
 }

@@ -102,6 +102,5 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* aData, size_t aSize) {
         shared->Release();
     }
     if (gik::sShared::CompileCount() != compiled + 1) abort();
-    gik::sShared::ForgetUnused();
     return 0;
 }

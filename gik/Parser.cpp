@@ -40,6 +40,7 @@ private:
         T* node = new (std::nothrow) T();
         if (!node) return nullptr;
         node->mTag = node->ClassCode();
+        mFormula->mFootprint += sizeof(T);
         try {
             mFormula->mNodes.push_back(node);
         } catch (...) {
@@ -428,6 +429,7 @@ cFormula* cFormula::Compile(const char* aText, const char** aError) {
     if (formula) {
         size_t length = strlen(aText ? aText : "");
         formula->mText = static_cast<char*>(llk::sEnv::Malloc(length + 1, false));
+        formula->mFootprint = sizeof(cFormula) + length + 1;
         if (formula->mText) {
             memcpy(formula->mText, aText ? aText : "", length + 1);
             error = sParser::Parse(formula);

@@ -9,6 +9,7 @@
 
 #include "Fixture.h"
 #include "gik/Document.h"
+#include "gik/Formula.h"
 #include "gik/Nesting.h"
 #include "gik/Shared.h"
 #include "gik/XmlDepth.h"
@@ -208,7 +209,7 @@ TEST_F(BadInput, UnattachedPortFailsTransfersOnly) {
     EXPECT_EQ(SetInt("A", 1), 106); // no port: not writeable
 }
 
-TEST_F(BadInput, FormulasOutliveTheirRuntimesUntilForgotten) {
+TEST_F(BadInput, FormulasOutliveTheirRuntimesWithinABudget) {
     std::string nodes;
     for (int i = 0; i < 20; ++i)
         nodes += "<IntSwissKnife Name=\"K" + std::to_string(i) + "\"><Formula>" +
@@ -221,9 +222,29 @@ TEST_F(BadInput, FormulasOutliveTheirRuntimesUntilForgotten) {
     }
     // Compiled once, in the first round's runtime, though each round's runtime is gone.
     EXPECT_EQ(sShared::CompileCount() - before, 20u);
-    u4 count = sShared::FormulaCount();
-    sShared::ForgetUnused();
-    EXPECT_LE(sShared::FormulaCount() + 20, count);
+
+    // A knife in use, then three budgets' worth of formulas nobody keeps:
+    // the table sheds those, never the knife's.
+    ASSERT_EQ(
+        Load("<IntSwissKnife Name=\"Kept\"><Formula>(7 * 6) + 0x7EE9</Formula></IntSwissKnife>",
+             "Kept"),
+        0);
+    std::string sum = "0";
+    for (int i = 0; i < 2000; ++i)
+        sum += " + 1";
+    size_t footprint = 0;
+    for (int i = 0; footprint < 3 * sShared::kFormulaBudget; ++i) {
+        cFormula* formula = sShared::Formula((std::to_string(i) + sum).c_str(), nullptr);
+        ASSERT_NE(formula, nullptr);
+        footprint += formula->Footprint();
+        formula->Release();
+        EXPECT_LE(sShared::FormulaBytes(), 2 * sShared::kFormulaBudget + formula->Footprint());
+    }
+    llk::u8 compiled = sShared::CompileCount();
+    cFormula* kept = sShared::Formula("(7 * 6) + 0x7EE9", nullptr);
+    EXPECT_EQ(sShared::CompileCount(), compiled);
+    kept->Release();
+    EXPECT_EQ(GetInt("Kept"), 42 + 0x7EE9);
 }
 
 namespace {

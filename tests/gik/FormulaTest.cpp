@@ -438,3 +438,36 @@ TEST_F(Formulas, CompilingFromManyThreadsCompilesOnce) {
     EXPECT_EQ(different.load(), 0);
     EXPECT_EQ(sShared::CompileCount() - before, 1u);
 }
+
+TEST_F(Formulas, TheTableShedsUnusedFormulasWhileOthersAreInUse) {
+    llk::uAutoreleasePool pool;
+    ASSERT_NE(cRuntime::New(false), nullptr); // attaches the shared table
+    std::string sum;
+    for (int i = 0; i < 1000; ++i)
+        sum += " + X";
+    std::atomic<int> wrong{0};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([&, t] {
+            llk::uAutoreleasePool pool;
+            cVariables* variables = cVariables::New(1);
+            variables->Set("X", tScalar::Signed(1));
+            for (int i = 0; i < 150; ++i) {
+                // One text every thread holds while the others fill the table.
+                cFormula* shared = sShared::Formula("X * 3 - 1", nullptr);
+                cFormula* own =
+                    sShared::Formula((std::to_string(t * 1000 + i) + sum).c_str(), nullptr);
+                tScalar a, b;
+                if (!shared || !own || !shared->Evaluate(variables, a) || a.AsSint() != 2 ||
+                    !own->Evaluate(variables, b) || b.AsSint() != t * 1000 + i + 1000)
+                    ++wrong;
+                if (own) own->Release();
+                if (shared) shared->Release();
+            }
+        });
+    }
+    for (auto& thread : threads)
+        thread.join();
+    EXPECT_EQ(wrong.load(), 0);
+    EXPECT_LE(sShared::FormulaBytes(), 3 * sShared::kFormulaBudget);
+}
