@@ -283,11 +283,22 @@ TEST_F(Formulas, TypeRules) {
     EXPECT_EQ(Int("1.0 = 1.00001"), 0);
     EXPECT_EQ(Int("1 = 1"), 1);
     EXPECT_EQ(Int("1.0 <> 1.0000001"), 0);
-    // "-" and "~" of bool or byte act on the number.
-    EXPECT_EQ(Int("-B"), -1);
-    EXPECT_EQ(Int("~B"), -2);
+    // Unary operators keep their own rules: "-" and "~" of a bool are its
+    // logical not, of a byte the signed negation and inverse.
+    EXPECT_EQ(Int("-(1=1)"), 0);
+    EXPECT_EQ(Int("~(1=1)"), 0);
+    EXPECT_EQ(Int("-(1=2)"), 1);
+    EXPECT_EQ(Int("~(1=2)"), 1);
+    EXPECT_EQ(Int("-B"), 0);
+    EXPECT_EQ(Flavour("-B"), kFlavourBool);
+    EXPECT_EQ(Flavour("~B"), kFlavourBool);
+    EXPECT_EQ(Int("-(B=0) + 5"), 6);
+    EXPECT_EQ(Int("-Y"), -200);
+    EXPECT_EQ(Int("~Y"), -201);
+    EXPECT_EQ(Flavour("-Y"), kFlavourSigned);
     EXPECT_EQ(Int("~R"), 0); // "~" of a real is a logical not
     EXPECT_EQ(Flavour("~R"), kFlavourBool);
+    EXPECT_DOUBLE_EQ(Real("-R"), -2.5);
 }
 
 TEST_F(Formulas, TextOperandsGiveNothing) {
