@@ -265,6 +265,13 @@ TEST_F(Formulas, TypeRules) {
     EXPECT_EQ(Flavour("B * Y"), kFlavourUnsigned);
     EXPECT_EQ(Int("Y + Y"), 400);
     EXPECT_EQ(Int("(U = 5) && (S = -3)"), 1);
+    // No short cut: both sides are evaluated, and a side with no value
+    // leaves the whole without one, whatever the other side says.
+    EXPECT_TRUE(Nothing("0 && 1 / 0"));
+    EXPECT_TRUE(Nothing("1 || 1 / 0"));
+    EXPECT_TRUE(Nothing("(1 / 0) && 0"));
+    EXPECT_TRUE(Nothing("0 && Unset"));
+    EXPECT_TRUE(Nothing("1 || Unset"));
     EXPECT_EQ(Int("(U = 5) + (S = -3)"), 2);
     EXPECT_EQ(Flavour("B << 2"), kFlavourUnsigned);
     EXPECT_EQ(Int("B << 2"), 4);

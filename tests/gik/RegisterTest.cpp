@@ -208,6 +208,30 @@ TEST_F(Registers, AddressAndIndex) {
     EXPECT_EQ(address, 0x1010u);
 }
 
+TEST_F(Registers, AddressesWrapAt64Bits) {
+    // Unsigned 8-byte registers give an address and an index near 2^64.
+    ASSERT_EQ(Load(IntReg("Base", "0x100", 8) + IntReg("Back", "0x108", 8) +
+                       "<Integer Name=\"Sel\"><Value>2</Value></Integer>"
+                       "<IntReg Name=\"Up\"><pAddress>Base</pAddress><pIndex "
+                       "Offset=\"16\">Sel</pIndex>"
+                       "<Length>4</Length><pPort>Device</pPort></IntReg>"
+                       "<IntReg Name=\"Down\"><Address>0x20</Address><pIndex "
+                       "Offset=\"16\">Back</pIndex>"
+                       "<Length>4</Length><pPort>Device</pPort></IntReg>",
+                   "Up Down"),
+              0);
+    mPort->PutBig(0x100, 0xFFFFFFFFFFFFFFF0ull, 8);
+    mPort->PutBig(0x108, 0xFFFFFFFFFFFFFFFFull, 8);
+    mPort->PutBig(0x10, 77, 4);
+    // 2^64 - 16 + 2 x 16 and 32 + (2^64 - 1) x 16 are both 16.
+    for (const char* name : {"Up", "Down"}) {
+        u8 address = 0;
+        ASSERT_EQ(static_cast<cIntRegNode*>(Node(name))->ComputeAddress(mRuntime, address), 0);
+        EXPECT_EQ(address, 0x10u) << name;
+        EXPECT_EQ(GetInt(name), 77) << name;
+    }
+}
+
 TEST_F(Registers, AliasesAtOneAddressDropEachOther) {
     ASSERT_EQ(Load("<Integer Name=\"A\"><pValue>R1</pValue></Integer><Integer "
                    "Name=\"B\"><pValue>R2</pValue>"
@@ -261,6 +285,55 @@ TEST_F(Registers, MaskedBitNumbering) {
     ASSERT_EQ(Get("Bit", v), 0);
     EXPECT_EQ(v.Flavour(), kFlavourBool);
     EXPECT_TRUE(v.Bool());
+}
+
+namespace {
+
+// A signed little-endian field of register bits 0 to aMsb, as a masked
+// register and as a struct entry.
+std::string SignedFields(const char* aName, int aMsb, int aAddress) {
+    std::string bits = "<LSB>0</LSB><MSB>" + std::to_string(aMsb) + "</MSB><Sign>Signed</Sign>";
+    std::string where = "<Address>" + std::to_string(aAddress) +
+                        "</Address><Length>4</Length><AccessMode>RW</AccessMode>"
+                        "<pPort>Device</pPort><Endianess>LittleEndian</Endianess>";
+    return std::string("<MaskedIntReg Name=\"M") + aName + "\">" + where + bits +
+           "</MaskedIntReg><StructReg Comment=\"S" + aName + "\">" + where +
+           "<StructEntry Name=\"E" + aName + "\">" + bits + "</StructEntry></StructReg>";
+}
+
+} // namespace
+
+TEST_F(Registers, SignedFieldsExtendByWholeBytes) {
+    ASSERT_EQ(Load(SignedFields("8", 7, 0) + SignedFields("12", 11, 0x10) +
+                       SignedFields("16", 15, 0x20) + SignedFields("24", 23, 0x30),
+                   "M8 E8 M12 E12 M16 E16 M24 E24"),
+              0);
+    struct tCase {
+        const char* bits;
+        llk::u8 address;
+        llk::u8 stored;
+        llk::i8 read;
+    } cases[] = {
+        {"8", 0, 0x80, -128},
+        {"8", 0, 0xFF, -1},
+        // 12 bits take two bytes: they extend from bit 15, so 0xFFF is no -1.
+        {"12", 0x10, 0xFFF, 4095},
+        {"12", 0x10, 0x800, 2048},
+        {"16", 0x20, 0xFFFF, -1},
+        {"16", 0x20, 0x8000, -32768},
+        // Three bytes are no width to extend from.
+        {"24", 0x30, 0xFFFFFF, 0xFFFFFF},
+    };
+    for (const tCase& c : cases) {
+        SCOPED_TRACE(std::string(c.bits) + " bits hold " + std::to_string(c.stored));
+        mPort->PutLittle(c.address, c.stored, 4);
+        for (const char* kind : {"M", "E"}) {
+            std::string name = kind + std::string(c.bits);
+            Node(name.c_str())->Invalidate(mRuntime);
+            Node(("$S" + std::string(c.bits)).c_str())->Invalidate(mRuntime); // the holder's cache
+            EXPECT_EQ(GetInt(name.c_str()), c.read) << name;
+        }
+    }
 }
 
 TEST_F(Registers, AbsurdBitNumbersAre104) {
