@@ -3,6 +3,8 @@
 // bound.
 #include <gtest/gtest.h>
 
+#include <pthread.h>
+
 #include <cstring>
 #include <string>
 #include <unordered_set>
@@ -83,6 +85,33 @@ TEST_F(BadInput, NestingUpToTheLimitIsParsed) {
     EXPECT_EQ(GetInt("Deep"), 4);
     text = Nested(sDocument::kMaxNesting - 2);
     EXPECT_EQ(mRuntime->Process(text.c_str(), false, nullptr, false), 101);
+}
+
+TEST_F(BadInput, AThreadWithASmallStackParsesOnAHelper) {
+    // 256 KiB hold no parse of the deepest documents: a helper thread
+    // with a stack of their size does it.
+    struct tJob {
+        cRuntime* runtime;
+        std::string text;
+        llk::i4 status = -1;
+    } job{mRuntime, Nested(sDocument::kMaxNesting - 3)};
+    ASSERT_GT(sDocument::StackFor(job.text.c_str(), job.text.size()), 256u << 10);
+    pthread_attr_t attributes;
+    ASSERT_EQ(pthread_attr_init(&attributes), 0);
+    ASSERT_EQ(pthread_attr_setstacksize(&attributes, 256u << 10), 0);
+    pthread_t thread;
+    auto run = [](void* aJob) -> void* {
+        auto* j = static_cast<tJob*>(aJob);
+        llk::uAutoreleasePool pool;
+        j->status = j->runtime->Process(j->text.c_str(), false, nullptr, false);
+        return nullptr;
+    };
+    ASSERT_EQ(pthread_create(&thread, &attributes, run, &job), 0);
+    pthread_attr_destroy(&attributes);
+    pthread_join(thread, nullptr);
+    EXPECT_EQ(job.status, 0);
+    ASSERT_EQ(mRuntime->Finalize(), 0);
+    EXPECT_EQ(GetInt("Deep"), 4);
 }
 
 TEST_F(BadInput, GarbageAndCutDocuments) {
