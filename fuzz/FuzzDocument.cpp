@@ -11,7 +11,6 @@
 #include <map>
 #include <string>
 #include <tinyxml.h>
-#include <vector>
 
 #include "gik/Document.h"
 #include "gik/Node.h"
@@ -101,14 +100,7 @@ void CheckDepth(const std::string& aText) {
     std::string padded = aText.substr(0, length) + std::string(16, '\0');
     TiXmlDocument document;
     document.Parse(padded.c_str(), nullptr, TIXML_DEFAULT_ENCODING);
-    std::vector<std::pair<const TiXmlNode*, u4>> stack{{&document, 0}};
-    while (!stack.empty()) {
-        auto [node, depth] = stack.back();
-        stack.pop_back();
-        if (depth > measured) abort();
-        for (const TiXmlElement* c = node->FirstChildElement(); c; c = c->NextSiblingElement())
-            stack.emplace_back(c, depth + 1);
-    }
+    if (gik::sDocument::Nesting(&document) > measured) abort();
 }
 
 void Run(const std::string& aText) {

@@ -29,21 +29,6 @@ constexpr size_t kStackMargin = 256u << 10;
 // it past the terminator.
 constexpr size_t kPadding = 16;
 
-// The deepest element nesting of a parsed tree, walked without recursion.
-u4 Nesting(const TiXmlNode* aRoot) {
-    u4 deepest = 0;
-    std::vector<std::pair<const TiXmlNode*, u4>> stack{{aRoot, 0}};
-    while (!stack.empty()) {
-        auto [node, depth] = stack.back();
-        stack.pop_back();
-        if (depth > deepest) deepest = depth;
-        for (const TiXmlElement* child = node->FirstChildElement(); child;
-             child = child->NextSiblingElement())
-            stack.emplace_back(child, depth + 1);
-    }
-    return deepest;
-}
-
 struct tParseJob {
     const char* text;
     TiXmlDocument* document;
@@ -58,7 +43,7 @@ void* ParseOnStack(void* aJob) {
         if (document->Error()) {
             job->error = document->ErrorDesc() ? document->ErrorDesc() : "unknown error";
             delete document;
-        } else if (Nesting(document) > sDocument::kMaxNesting) {
+        } else if (sDocument::Nesting(document) > sDocument::kMaxNesting) {
             job->error = "elements nested too deeply";
             delete document; // on this stack, which is deep enough for it
         } else {
@@ -242,6 +227,20 @@ bool sDocument::ReadFile(const char* aPath, std::string& aText) {
     }
     aText.swap(text);
     return true;
+}
+
+u4 sDocument::Nesting(const TiXmlNode* aRoot) {
+    u4 deepest = 0;
+    std::vector<std::pair<const TiXmlNode*, u4>> stack{{aRoot, 0}};
+    while (!stack.empty()) {
+        auto [node, depth] = stack.back();
+        stack.pop_back();
+        if (depth > deepest) deepest = depth;
+        for (const TiXmlElement* child = node->FirstChildElement(); child;
+             child = child->NextSiblingElement())
+            stack.emplace_back(child, depth + 1);
+    }
+    return deepest;
 }
 
 size_t sDocument::StackFor(const char* aText, size_t aLength) {

@@ -18,6 +18,7 @@
 
 class TiXmlDocument;
 class TiXmlElement;
+class TiXmlNode;
 
 namespace gik {
 
@@ -25,6 +26,9 @@ class sDocument {
 public:
     static constexpr u4 kMaxNesting = 256;
 
+    // The deepest element nesting of a tree tinyxml built (a partial one
+    // too, when it stopped at an error), walked without recursion.
+    static u4 Nesting(const TiXmlNode* aRoot);
     // The stack a parse of aText needs, from the depth tinyxml will nest
     // its elements to; 0 when that is more than kMaxNesting.
     static size_t StackFor(const char* aText, size_t aLength);

@@ -4,7 +4,6 @@
 
 #include <string>
 #include <tinyxml.h>
-#include <vector>
 
 #include "gik/Document.h"
 #include "gik/XmlDepth.h"
@@ -18,16 +17,7 @@ u4 TinyDepth(const std::string& aText) {
     std::string padded = aText + std::string(16, '\0');
     TiXmlDocument document;
     document.Parse(padded.c_str(), nullptr, TIXML_DEFAULT_ENCODING);
-    u4 deepest = 0;
-    std::vector<std::pair<const TiXmlNode*, u4>> stack{{&document, 0}};
-    while (!stack.empty()) {
-        auto [node, depth] = stack.back();
-        stack.pop_back();
-        deepest = std::max(deepest, depth);
-        for (const TiXmlElement* c = node->FirstChildElement(); c; c = c->NextSiblingElement())
-            stack.emplace_back(c, depth + 1);
-    }
-    return deepest;
+    return sDocument::Nesting(&document);
 }
 
 u4 Measured(const std::string& aText) {
