@@ -3,6 +3,7 @@
 #include <pthread.h>
 
 #include <cinttypes>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <random>
