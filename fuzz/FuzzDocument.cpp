@@ -3,18 +3,22 @@
 // replacement, depending on the input's length), finalized, and then every
 // node asked everything a caller may ask: access, value, range, increment,
 // a write of what it reads, an invalidation, its affected and selected
-// nodes. Nothing may crash, leak, hang or read out of bounds.
+// nodes. Nothing may crash, leak, hang or read out of bounds. The depth
+// measured before parsing must never be less than the depth tinyxml builds.
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <map>
 #include <string>
+#include <tinyxml.h>
 
+#include "gik/Document.h"
 #include "gik/Node.h"
 #include "gik/Port.h"
 #include "gik/Runtime.h"
 #include "gik/Scanner.h"
-#include "gik/Shared.h"
 #include "gik/Value.h"
+#include "gik/XmlDepth.h"
 #include "kit/AutoreleasePool.h"
 #include "kit/ObjectList.h"
 
@@ -87,6 +91,18 @@ void Exercise(gik::cRuntime* aRuntime, gik::pNode* aNode) {
     }
 }
 
+// The parse's stack is sized from the measured depth: tinyxml must not
+// nest deeper than measured (it has built a partial tree when it stops).
+void CheckDepth(const std::string& aText) {
+    size_t length = strnlen(aText.c_str(), aText.size());
+    u4 measured = gik::sXmlDepth::Measure(aText.c_str(), length, gik::sDocument::kMaxNesting);
+    if (measured > gik::sDocument::kMaxNesting) return;
+    std::string padded = aText.substr(0, length) + std::string(16, '\0');
+    TiXmlDocument document;
+    document.Parse(padded.c_str(), nullptr, TIXML_DEFAULT_ENCODING);
+    if (gik::sDocument::Nesting(&document) > measured) abort();
+}
+
 void Run(const std::string& aText) {
     size_t size = aText.size();
     gik::cRuntime* runtime = gik::cRuntime::New((size & 1) != 0);
@@ -120,9 +136,9 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* aData, size_t aSize) {
     {
         llk::uAutoreleasePool pool;
-        Run(std::string(reinterpret_cast<const char*>(aData), aSize));
+        std::string text(reinterpret_cast<const char*>(aData), aSize);
+        CheckDepth(text);
+        Run(text);
     }
-    // Each input compiles new formula texts; none is needed again.
-    gik::sShared::ForgetUnused();
     return 0;
 }

@@ -9,13 +9,15 @@ i4 cBoolNode::Parse(cRuntime* aRuntime, const TiXmlElement* aElement) {
     if (status != kOk || !aElement) return status;
     bool found = false;
     cValue literal;
-    if ((status = ParseValue(aRuntime, aElement, "OnValue", mOnValue, tValue::kInteger, &found)) != kOk)
+    if ((status = ParseValue(aRuntime, aElement, "OnValue", mOnValue, tValue::kInteger, &found)) !=
+        kOk)
         return status;
     if (!found) {
         literal.SetSigned(1);
         if ((status = mOnValue.SetConstantCopy(literal)) != kOk) return status;
     }
-    if ((status = ParseValue(aRuntime, aElement, "OffValue", mOffValue, tValue::kInteger, &found)) != kOk)
+    if ((status = ParseValue(aRuntime, aElement, "OffValue", mOffValue, tValue::kInteger,
+                             &found)) != kOk)
         return status;
     if (!found) {
         literal.SetSigned(0);

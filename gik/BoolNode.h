@@ -10,7 +10,9 @@ public:
     static cBoolNode* New(cRuntime* aRuntime, const TiXmlElement* aElement) {
         return Make<cBoolNode>(aRuntime, aElement);
     }
-    i4 Initialize(cRuntime* aRuntime, const TiXmlElement* aElement) { return Parse(aRuntime, aElement); }
+    i4 Initialize(cRuntime* aRuntime, const TiXmlElement* aElement) {
+        return Parse(aRuntime, aElement);
+    }
     u4 ClassCode() const override { return kTagBoolean; }
     const char* ClassName() const override { return "cBoolNode"; }
 

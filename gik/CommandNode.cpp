@@ -7,7 +7,8 @@ namespace gik {
 i4 cCommandNode::Parse(cRuntime* aRuntime, const TiXmlElement* aElement) {
     i4 status = pNode::Parse(aRuntime, aElement);
     if (status != kOk || !aElement) return status;
-    if ((status = ParseValue(aRuntime, aElement, "Value", mValue, tValue::kInteger)) != kOk) return status;
+    if ((status = ParseValue(aRuntime, aElement, "Value", mValue, tValue::kInteger)) != kOk)
+        return status;
     return ParseValue(aRuntime, aElement, "CommandValue", mCommandValue, tValue::kInteger);
 }
 

@@ -11,7 +11,9 @@ public:
     static cCommandNode* New(cRuntime* aRuntime, const TiXmlElement* aElement) {
         return Make<cCommandNode>(aRuntime, aElement);
     }
-    i4 Initialize(cRuntime* aRuntime, const TiXmlElement* aElement) { return Parse(aRuntime, aElement); }
+    i4 Initialize(cRuntime* aRuntime, const TiXmlElement* aElement) {
+        return Parse(aRuntime, aElement);
+    }
     u4 ClassCode() const override { return kTagCommand; }
     const char* ClassName() const override { return "cCommandNode"; }
 

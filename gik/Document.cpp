@@ -3,6 +3,7 @@
 #include <pthread.h>
 
 #include <cinttypes>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <random>
@@ -10,6 +11,7 @@
 #include <vector>
 
 #include "gik/Text.h"
+#include "gik/XmlDepth.h"
 
 namespace gik {
 
@@ -20,89 +22,13 @@ namespace {
 // sanitizers).
 constexpr size_t kStackPerLevel = 4096;
 constexpr size_t kStackBase = 1u << 20;
-constexpr size_t kStackCap = size_t(1) << 32;
+// Left free below a parse on the caller's own stack: the guard page, and
+// whatever runs from there (the allocator, the sanitizers).
+constexpr size_t kStackMargin = 256u << 10;
 // Zero bytes after the text: tinyxml steps over a multi-byte character by
 // its lead byte's length, so a character cut off at the very end would lead
 // it past the terminator.
 constexpr size_t kPadding = 16;
-
-inline bool StartsWith(const char* aAt, const char* aEnd, const char* aPrefix) {
-    size_t n = strlen(aPrefix);
-    return static_cast<size_t>(aEnd - aAt) >= n && memcmp(aAt, aPrefix, n) == 0;
-}
-
-// What tinyxml takes for the first character of an element's name.
-inline bool IsNameStart(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' ||
-           static_cast<u1>(c) >= 0x7F;
-}
-
-// Past the first aClose at or after aAt, or aEnd.
-const char* Past(const char* aAt, const char* aEnd, const char* aClose) {
-    size_t n = strlen(aClose);
-    for (; static_cast<size_t>(aEnd - aAt) >= n; ++aAt)
-        if (memcmp(aAt, aClose, n) == 0) return aAt + n;
-    return aEnd;
-}
-
-} // namespace
-
-u4 sDocument::Measure(const char* aText, size_t aLength, u4 aLimit) {
-    const char* p = aText;
-    const char* end = aText + aLength;
-    u4 depth = 0, deepest = 0;
-    while (p < end) {
-        const char* open = static_cast<const char*>(memchr(p, '<', static_cast<size_t>(end - p)));
-        if (!open) break;
-        p = open + 1;
-        if (StartsWith(open, end, "<!--")) {
-            p = Past(open + 4, end, "-->");
-        } else if (StartsWith(open, end, "<![CDATA[")) {
-            p = Past(open + 9, end, "]]>");
-        } else if (StartsWith(open, end, "<!") || StartsWith(open, end, "<?")) {
-            p = Past(p, end, ">");
-        } else if (StartsWith(open, end, "</")) {
-            if (depth > 0) --depth;
-            p = Past(p, end, ">");
-        } else if (p < end && IsNameStart(*p)) {
-            // A start tag; its quoted values may hold any character, "/>"
-            // ends it empty.
-            if (++depth > deepest && (deepest = depth) > aLimit) return deepest;
-            while (p < end && *p != '>') {
-                if (*p == '"' || *p == '\'') {
-                    const char* q = static_cast<const char*>(
-                        memchr(p + 1, *p, static_cast<size_t>(end - p - 1)));
-                    p = q ? q + 1 : end;
-                } else if (*p == '/' && p + 1 < end && p[1] == '>') {
-                    --depth;
-                    break;
-                } else {
-                    ++p;
-                }
-            }
-        } else {
-            p = Past(p, end, ">"); // tinyxml's "unknown" node
-        }
-    }
-    return deepest;
-}
-
-namespace {
-
-// The deepest element nesting of a parsed tree, walked without recursion.
-u4 Nesting(const TiXmlNode* aRoot) {
-    u4 deepest = 0;
-    std::vector<std::pair<const TiXmlNode*, u4>> stack{{aRoot, 0}};
-    while (!stack.empty()) {
-        auto [node, depth] = stack.back();
-        stack.pop_back();
-        if (depth > deepest) deepest = depth;
-        for (const TiXmlElement* child = node->FirstChildElement(); child;
-             child = child->NextSiblingElement())
-            stack.emplace_back(child, depth + 1);
-    }
-    return deepest;
-}
 
 struct tParseJob {
     const char* text;
@@ -118,7 +44,7 @@ void* ParseOnStack(void* aJob) {
         if (document->Error()) {
             job->error = document->ErrorDesc() ? document->ErrorDesc() : "unknown error";
             delete document;
-        } else if (Nesting(document) > sDocument::kMaxNesting) {
+        } else if (sDocument::Nesting(document) > sDocument::kMaxNesting) {
             job->error = "elements nested too deeply";
             delete document; // on this stack, which is deep enough for it
         } else {
@@ -128,6 +54,33 @@ void* ParseOnStack(void* aJob) {
         job->error = "out of memory";
     }
     return nullptr;
+}
+
+// What is left of the calling thread's stack below this frame; 0 when
+// unknown.
+size_t StackLeft() {
+    pthread_attr_t attributes;
+    if (pthread_getattr_np(pthread_self(), &attributes) != 0) return 0;
+    void* low = nullptr;
+    size_t size = 0;
+    int got = pthread_attr_getstack(&attributes, &low, &size);
+    pthread_attr_destroy(&attributes);
+    auto here = reinterpret_cast<uintptr_t>(__builtin_frame_address(0));
+    auto bottom = reinterpret_cast<uintptr_t>(low);
+    return got == 0 && here > bottom ? here - bottom : 0;
+}
+
+// A thread with a stack of aStack bytes parses; false when none can be made.
+bool ParseOnThread(tParseJob* aJob, size_t aStack) {
+    pthread_attr_t attributes;
+    if (pthread_attr_init(&attributes) != 0) return false;
+    pthread_attr_setstacksize(&attributes, aStack);
+    pthread_t thread;
+    int made = pthread_create(&thread, &attributes, &ParseOnStack, aJob);
+    pthread_attr_destroy(&attributes);
+    if (made != 0) return false;
+    pthread_join(thread, nullptr);
+    return true;
 }
 
 std::string Trimmed(const char* aText) {
@@ -277,47 +230,50 @@ bool sDocument::ReadFile(const char* aPath, std::string& aText) {
     return true;
 }
 
+u4 sDocument::Nesting(const TiXmlNode* aRoot) {
+    u4 deepest = 0;
+    std::vector<std::pair<const TiXmlNode*, u4>> stack{{aRoot, 0}};
+    while (!stack.empty()) {
+        auto [node, depth] = stack.back();
+        stack.pop_back();
+        if (depth > deepest) deepest = depth;
+        for (const TiXmlElement* child = node->FirstChildElement(); child;
+             child = child->NextSiblingElement())
+            stack.emplace_back(child, depth + 1);
+    }
+    return deepest;
+}
+
+size_t sDocument::StackFor(const char* aText, size_t aLength) {
+    u4 depth = sXmlDepth::Measure(aText, aText ? strnlen(aText, aLength) : 0, kMaxNesting);
+    return depth > kMaxNesting ? 0 : kStackBase + depth * kStackPerLevel;
+}
+
 i4 sDocument::Parse(const char* aText, size_t aLength, TiXmlDocument*& aDocument,
                     std::string& aError) {
     aDocument = nullptr;
     size_t length = aText ? strnlen(aText, aLength) : 0;
-    if (Measure(aText, length, kMaxNesting) > kMaxNesting) {
+    size_t stack = StackFor(aText, length);
+    if (stack == 0) {
         aError = "elements nested too deeply";
         return kUnacceptable;
     }
     std::string text;
-    size_t opens = 0;
     try {
         text.reserve(length + kPadding);
         text.assign(aText ? aText : "", length);
         text.append(kPadding, '\0');
-        for (size_t i = 0; i < length; ++i)
-            if (text[i] == '<') ++opens;
     } catch (...) {
         aError = "out of memory";
         return kNoMemory;
     }
-    // Each element level needs a "<" of its own: that bounds the stack.
-    size_t stack = kStackBase + opens * kStackPerLevel;
-    if (stack > kStackCap) {
-        aError = "document too large";
-        return kUnacceptable;
-    }
     tParseJob job{text.c_str(), nullptr, std::string()};
-    pthread_attr_t attributes;
-    if (pthread_attr_init(&attributes) != 0) {
+    if (StackLeft() >= stack + kStackMargin) {
+        ParseOnStack(&job);
+    } else if (!ParseOnThread(&job, stack)) {
         aError = "no thread for the parser";
         return kNoMemory;
     }
-    pthread_attr_setstacksize(&attributes, stack);
-    pthread_t thread;
-    int made = pthread_create(&thread, &attributes, &ParseOnStack, &job);
-    pthread_attr_destroy(&attributes);
-    if (made != 0) {
-        aError = "no thread for the parser";
-        return kNoMemory;
-    }
-    pthread_join(thread, nullptr);
     if (!job.document) {
         aError = job.error;
         return kUnacceptable;

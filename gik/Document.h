@@ -4,12 +4,12 @@
 //
 // tinyxml parses and destroys by recursion, one level per element level, and
 // has no limit of its own; it also takes time in proportion to the depth for
-// every element. So a text is first measured, and refused when plainly too
-// deep; what passes is parsed on a helper thread whose stack is sized for the
-// deepest nesting the text could hold, and only documents of at most
-// kMaxNesting levels come back. The text is handed over with trailing zero
-// bytes, so that a multi-byte character cut off at the very end cannot lead
-// tinyxml past it.
+// every element. So a text is first measured as tinyxml will read it
+// (gik::sXmlDepth), and refused when too deep; what passes is parsed with a
+// stack sized from that depth: the caller's own when enough of it is left,
+// else a helper thread's. Only documents of at most kMaxNesting levels come
+// back. The text is handed over with trailing zero bytes, so that a
+// multi-byte character cut off at the very end cannot lead tinyxml past it.
 #pragma once
 
 #include <string>
@@ -18,6 +18,7 @@
 
 class TiXmlDocument;
 class TiXmlElement;
+class TiXmlNode;
 
 namespace gik {
 
@@ -25,11 +26,12 @@ class sDocument {
 public:
     static constexpr u4 kMaxNesting = 256;
 
-    // The deepest element nesting of aText as a plain reading of XML sees
-    // it (comments, CDATA sections, declarations and quoted attribute values
-    // hold no elements); tinyxml's own reading of odd texts may differ.
-    // Stops counting past aLimit.
-    static u4 Measure(const char* aText, size_t aLength, u4 aLimit);
+    // The deepest element nesting of a tree tinyxml built (a partial one
+    // too, when it stopped at an error), walked without recursion.
+    static u4 Nesting(const TiXmlNode* aRoot);
+    // The stack a parse of aText needs, from the depth tinyxml will nest
+    // its elements to; 0 when that is more than kMaxNesting.
+    static size_t StackFor(const char* aText, size_t aLength);
     // Parses aText (aLength bytes, zero bytes end it early). On success
     // aDocument is a new document the caller deletes. On failure aError is
     // the parser's message and the result is kUnacceptable (or kNoMemory).

@@ -28,8 +28,10 @@ cEnumNode::~cEnumNode() {
 
 namespace {
 
-i4 Named(cRuntime* aRuntime, const TiXmlElement* aElement, const char* aChild, bool aDefault, tValue& aValue) {
-    if (const char* text = sText::ChildText(aElement, aChild)) return aValue.SetName(aRuntime, text);
+i4 Named(cRuntime* aRuntime, const TiXmlElement* aElement, const char* aChild, bool aDefault,
+         tValue& aValue) {
+    if (const char* text = sText::ChildText(aElement, aChild))
+        return aValue.SetName(aRuntime, text);
     cValue flag;
     flag.SetBool(aDefault);
     return aValue.SetConstantCopy(flag);
@@ -40,7 +42,8 @@ i4 Named(cRuntime* aRuntime, const TiXmlElement* aElement, const char* aChild, b
 i4 cEnumNode::Parse(cRuntime* aRuntime, const TiXmlElement* aElement) {
     i4 status = pNode::Parse(aRuntime, aElement);
     if (status != kOk || !aElement) return status;
-    if ((status = ParseValue(aRuntime, aElement, "Value", mValue, tValue::kInteger)) != kOk) return status;
+    if ((status = ParseValue(aRuntime, aElement, "Value", mValue, tValue::kInteger)) != kOk)
+        return status;
     for (const TiXmlElement* e = aElement->FirstChildElement("EnumEntry"); e;
          e = e->NextSiblingElement("EnumEntry")) {
         auto* entry = new (std::nothrow) tEntry();
@@ -55,10 +58,13 @@ i4 cEnumNode::Parse(cRuntime* aRuntime, const TiXmlElement* aElement) {
         llk::cString* interned = aRuntime->CacheString(name ? name : "", false);
         entry->name = new (std::nothrow) cValue();
         if (!interned || !entry->name || !entry->name->SetText(interned)) return kNoMemory;
-        if ((status = Named(aRuntime, e, "pIsAvailable", true, entry->available)) != kOk) return status;
-        if ((status = Named(aRuntime, e, "pIsImplemented", true, entry->implemented)) != kOk) return status;
+        if ((status = Named(aRuntime, e, "pIsAvailable", true, entry->available)) != kOk)
+            return status;
+        if ((status = Named(aRuntime, e, "pIsImplemented", true, entry->implemented)) != kOk)
+            return status;
         bool found = false;
-        if ((status = entry->value.Parse(aRuntime, e, "Value", tValue::kInteger, &found)) != kOk) return status;
+        if ((status = entry->value.Parse(aRuntime, e, "Value", tValue::kInteger, &found)) != kOk)
+            return status;
         if (!found) {
             cValue zero;
             zero.SetSigned(0);
@@ -74,7 +80,8 @@ i4 cEnumNode::Parse(cRuntime* aRuntime, const TiXmlElement* aElement) {
             if (!(entry->toolTip = NewOwnedText(t))) return kNoMemory;
         }
         const char* space = e->Attribute("NameSpace");
-        if (!(entry->nameSpace = aRuntime->CacheString(space ? space : "Custom", true))) return kNoMemory;
+        if (!(entry->nameSpace = aRuntime->CacheString(space ? space : "Custom", true)))
+            return kNoMemory;
         if (const TiXmlElement* v = sText::Child(e, "Visibility")) {
             const char* t = v->GetText();
             entry->visibility = kVisibilityUnknown;
@@ -179,10 +186,12 @@ i4 cEnumNode::GetValue(cRuntime* aRuntime, cValue& aValue, pNode*) {
 
 i4 cEnumNode::GetRange(cRuntime* aRuntime, llk::cObjectList*& aList, pNode*) {
     if (!mRange) {
-        llk::cObjectList* list = llk::cObjectList::New(mEntries.empty() ? 1 : static_cast<u4>(mEntries.size()), true);
+        llk::cObjectList* list =
+            llk::cObjectList::New(mEntries.empty() ? 1 : static_cast<u4>(mEntries.size()), true);
         if (!list) return kNoMemory;
         for (tEntry* e : mEntries)
-            if (EntryFlag(aRuntime, e->implemented) && list->Append(e->name) != llk::kOk) return kNoMemory;
+            if (EntryFlag(aRuntime, e->implemented) && list->Append(e->name) != llk::kOk)
+                return kNoMemory;
         mRange = llk::Retained(list);
     }
     aList = mRange;

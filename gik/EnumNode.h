@@ -14,7 +14,9 @@ public:
     static cEnumNode* New(cRuntime* aRuntime, const TiXmlElement* aElement) {
         return Make<cEnumNode>(aRuntime, aElement);
     }
-    i4 Initialize(cRuntime* aRuntime, const TiXmlElement* aElement) { return Parse(aRuntime, aElement); }
+    i4 Initialize(cRuntime* aRuntime, const TiXmlElement* aElement) {
+        return Parse(aRuntime, aElement);
+    }
     ~cEnumNode() override;
     u4 ClassCode() const override { return kTagEnumeration; }
     const char* ClassName() const override { return "cEnumNode"; }

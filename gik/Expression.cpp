@@ -248,19 +248,17 @@ bool sEvaluator::Binary(u4 aOp, const tScalar& aL, const tScalar& aR, tScalar& a
     return IntegerBinary<u8>(aOp, aL.AsUint(), aR.AsUint(), aR, aOut);
 }
 
+// Unary operators do not promote: "-" and "~" of a bool are its logical
+// not, as "~" of a real is.
 bool sEvaluator::Unary(u4 aOp, const tScalar& aA, tScalar& aOut) {
     if (!Computes(aA)) return false;
-    if (aOp == kOpMinus) {
-        if (aA.flavour == kFlavourReal) return RealResult(-aA.r, aOut);
-        aOut = tScalar::Signed(Wrap(0 - static_cast<u8>(aA.AsSint())));
-        return true;
-    }
-    // "~"
-    if (aA.flavour == kFlavourReal) {
+    if (aA.flavour == kFlavourBool || (aOp != kOpMinus && aA.flavour == kFlavourReal)) {
         aOut = tScalar::Bool(!aA.AsBool());
         return true;
     }
-    aOut = tScalar::Signed(~aA.AsSint());
+    if (aA.flavour == kFlavourReal) return RealResult(-aA.r, aOut);
+    u8 v = static_cast<u8>(aA.AsSint());
+    aOut = tScalar::Signed(Wrap(aOp == kOpMinus ? 0 - v : ~v));
     return true;
 }
 
@@ -282,13 +280,7 @@ bool sEvaluator::Function(u4 aHash, u4 aCount, const tScalar* aArgs, tScalar& aO
     bool real = a.flavour == kFlavourReal;
     switch (aHash) {
     case kNEG:
-        if (a.flavour == kFlavourBool) {
-            aOut = tScalar::Bool(!a.AsBool());
-            return true;
-        }
-        if (real) return RealResult(-a.r, aOut);
-        aOut = tScalar::Signed(Wrap(0 - static_cast<u8>(a.AsSint())));
-        return true;
+        return Unary(kOpMinus, a, aOut);
     case kABS: {
         if (real) return RealResult(std::fabs(a.r), aOut);
         i8 s = a.AsSint();

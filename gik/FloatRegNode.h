@@ -11,7 +11,9 @@ public:
     static cFloatRegNode* New(cRuntime* aRuntime, const TiXmlElement* aElement) {
         return Make<cFloatRegNode>(aRuntime, aElement);
     }
-    i4 Initialize(cRuntime* aRuntime, const TiXmlElement* aElement) { return Parse(aRuntime, aElement); }
+    i4 Initialize(cRuntime* aRuntime, const TiXmlElement* aElement) {
+        return Parse(aRuntime, aElement);
+    }
     u4 ClassCode() const override { return kTagFloatReg; }
     const char* ClassName() const override { return "cFloatRegNode"; }
 
@@ -19,7 +21,8 @@ public:
     i4 SetValue(cRuntime* aRuntime, const cValue* aValue, pNode* aOriginator) override;
     i4 GetValue(cRuntime* aRuntime, cValue& aValue, pNode* aOriginator) override;
     // The largest double either way, whatever the length.
-    i4 GetRange(cRuntime* aRuntime, cValue& aMinimum, cValue& aMaximum, pNode* aOriginator) override;
+    i4 GetRange(cRuntime* aRuntime, cValue& aMinimum, cValue& aMaximum,
+                pNode* aOriginator) override;
 };
 
 } // namespace gik

@@ -5,8 +5,7 @@
 // grammar is a "syntax error".
 //
 // Compiled formulas are shared through the process-wide table of
-// gik::sShared (compiled once per text) and must never change after
-// compilation.
+// gik::sShared and must never change after compilation.
 #pragma once
 
 #include <vector>
@@ -30,6 +29,8 @@ public:
     const char* Text() const { return mText ? mText : ""; }
     const pExpression* Root() const { return mRoot; }
     u4 NodeCount() const { return static_cast<u4>(mNodes.size()); }
+    // About the bytes the formula holds: its text and its tree.
+    size_t Footprint() const { return mFootprint + mNodes.capacity() * sizeof(pExpression*); }
     // False for "nothing". Safe from any number of threads at once.
     bool Evaluate(const cVariables* aVariables, tScalar& aResult) const {
         return sEvaluator::Run(mRoot, aVariables, aResult);
@@ -42,6 +43,7 @@ private:
     char* mText = nullptr;
     const pExpression* mRoot = nullptr;
     std::vector<pExpression*> mNodes; // every node of the tree, owned
+    size_t mFootprint = 0;
 };
 
 } // namespace gik

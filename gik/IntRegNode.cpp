@@ -180,10 +180,18 @@ void tBitField::Extract(u8 aWhole, cValue& aValue) const {
     // Sign-extended by whole bytes, not by the field's width.
     i8 v;
     switch (Length()) {
-    case 1: v = static_cast<i1>(static_cast<u1>(bits)); break;
-    case 2: v = static_cast<i2>(static_cast<u2>(bits)); break;
-    case 4: v = static_cast<i4>(static_cast<u4>(bits)); break;
-    default: v = static_cast<i8>(bits); break;
+    case 1:
+        v = static_cast<i1>(static_cast<u1>(bits));
+        break;
+    case 2:
+        v = static_cast<i2>(static_cast<u2>(bits));
+        break;
+    case 4:
+        v = static_cast<i4>(static_cast<u4>(bits));
+        break;
+    default:
+        v = static_cast<i8>(bits);
+        break;
     }
     aValue.SetSigned(v);
 }

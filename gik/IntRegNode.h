@@ -12,7 +12,9 @@ public:
     static cIntRegNode* New(cRuntime* aRuntime, const TiXmlElement* aElement) {
         return Make<cIntRegNode>(aRuntime, aElement);
     }
-    i4 Initialize(cRuntime* aRuntime, const TiXmlElement* aElement) { return Parse(aRuntime, aElement); }
+    i4 Initialize(cRuntime* aRuntime, const TiXmlElement* aElement) {
+        return Parse(aRuntime, aElement);
+    }
     ~cIntRegNode() override;
     u4 ClassCode() const override { return kTagIntReg; }
     const char* ClassName() const override { return "cIntRegNode"; }
@@ -21,7 +23,8 @@ public:
     i4 SetValue(cRuntime* aRuntime, const cValue* aValue, pNode* aOriginator) override;
     i4 GetValue(cRuntime* aRuntime, cValue& aValue, pNode* aOriginator) override;
     // The limits of the length and sign, built on first use.
-    i4 GetRange(cRuntime* aRuntime, cValue& aMinimum, cValue& aMaximum, pNode* aOriginator) override;
+    i4 GetRange(cRuntime* aRuntime, cValue& aMinimum, cValue& aMaximum,
+                pNode* aOriginator) override;
 
     bool IsSigned() const { return mSigned; }
     // A struct's shared storage reads its whole register unsigned.
@@ -66,7 +69,9 @@ public:
     static cMaskedIntRegNode* New(cRuntime* aRuntime, const TiXmlElement* aElement) {
         return Make<cMaskedIntRegNode>(aRuntime, aElement);
     }
-    i4 Initialize(cRuntime* aRuntime, const TiXmlElement* aElement) { return Parse(aRuntime, aElement); }
+    i4 Initialize(cRuntime* aRuntime, const TiXmlElement* aElement) {
+        return Parse(aRuntime, aElement);
+    }
     u4 ClassCode() const override { return kTagMaskedIntReg; }
     const char* ClassName() const override { return "cMaskedIntRegNode"; }
 
@@ -76,7 +81,8 @@ public:
     i4 SetValue(cRuntime* aRuntime, const cValue* aValue, pNode* aOriginator) override;
     i4 GetValue(cRuntime* aRuntime, cValue& aValue, pNode* aOriginator) override;
     // The field's limits.
-    i4 GetRange(cRuntime* aRuntime, cValue& aMinimum, cValue& aMaximum, pNode* aOriginator) override;
+    i4 GetRange(cRuntime* aRuntime, cValue& aMinimum, cValue& aMaximum,
+                pNode* aOriginator) override;
     // Always readable: a write reads first.
     u4 ComputeAccess() override;
     u4 Length(cRuntime* aRuntime) override;

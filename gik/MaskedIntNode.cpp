@@ -28,6 +28,11 @@ i4 cMaskedIntNode::Initialize(cRuntime* aRuntime, const TiXmlElement* aElement,
     return mField.Parse(aElement, aHolder->IsLittleEndian());
 }
 
+i4 cMaskedIntNode::Resolve(cRuntime* aRuntime) {
+    i4 status = pNode::Resolve(aRuntime);
+    return status == kOk ? LinkTo(aRuntime, mHolder) : status;
+}
+
 bool cMaskedIntNode::IsNoCache(cRuntime* aRuntime) {
     if (pNode::IsNoCache(aRuntime)) return true;
     uNest nest;

@@ -8,7 +8,8 @@ namespace gik {
 
 class cMaskedIntNode : public pNode {
 public:
-    static cMaskedIntNode* New(cRuntime* aRuntime, const TiXmlElement* aElement, cIntRegNode* aHolder) {
+    static cMaskedIntNode* New(cRuntime* aRuntime, const TiXmlElement* aElement,
+                               cIntRegNode* aHolder) {
         return Make<cMaskedIntNode>(aRuntime, aElement, aHolder);
     }
     // The holder outlives the entry in the node table; it is not retained.
@@ -17,13 +18,18 @@ public:
     u4 ClassCode() const override { return kTagStructEntry; }
     const char* ClassName() const override { return "cMaskedIntNode"; }
 
+    // Also follows the holder: an entry hears of its holder's changes only
+    // once it is a node of the table, so a duplicate that is dropped or
+    // replaced is never linked.
+    i4 Resolve(cRuntime* aRuntime) override;
     bool IsNoCache(cRuntime* aRuntime) override;
     bool IsWriteAround(cRuntime* aRuntime) override;
     void SetImplemented(bool aImplemented) override;
     bool IsWriteable(cRuntime* aRuntime) override;
     i4 SetValue(cRuntime* aRuntime, const cValue* aValue, pNode* aOriginator) override;
     i4 GetValue(cRuntime* aRuntime, cValue& aValue, pNode* aOriginator) override;
-    i4 GetRange(cRuntime* aRuntime, cValue& aMinimum, cValue& aMaximum, pNode* aOriginator) override;
+    i4 GetRange(cRuntime* aRuntime, cValue& aMinimum, cValue& aMaximum,
+                pNode* aOriginator) override;
     void OnInvalidate(cRuntime* aRuntime, cNotification* aNotification) override;
 
     cIntRegNode* Holder() const { return mHolder; }

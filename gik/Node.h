@@ -129,10 +129,12 @@ public:
     void Rename(llk::cString* aName);
     void SetAccessBits(u4 aBits) { mFlags = (mFlags & ~3u) | (aBits & 3u); }
 
-    // Walk marks kept for the runtime: the generation of the
-    // poked list this node was last put on, and whether it is a feature.
+    // Marks kept for the runtime: the generation of the poked list this
+    // node was last put on, whether it is a feature, and whether it has
+    // left the table.
     u4 mPokedMark = 0;
     bool mListed = false;
+    bool mGone = false;
 
 protected:
     pNode() = default;

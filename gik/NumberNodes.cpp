@@ -13,7 +13,8 @@ i4 pNumberNode::ParseNumber(cRuntime* aRuntime, const TiXmlElement* aElement, bo
     if (status != kOk || !aElement) return status;
     tValue::tLiteral literal = aReal ? tValue::kReal : tValue::kInteger;
     bool found = false;
-    if ((status = ParseValue(aRuntime, aElement, "Value", mValue, literal, &found)) != kOk) return status;
+    if ((status = ParseValue(aRuntime, aElement, "Value", mValue, literal, &found)) != kOk)
+        return status;
     if (!found) {
         cValue zero;
         if (aReal)
@@ -23,9 +24,12 @@ i4 pNumberNode::ParseNumber(cRuntime* aRuntime, const TiXmlElement* aElement, bo
         if ((status = mValue.SetConstantCopy(zero)) != kOk) return status;
     }
     bool hasMax = false, hasMin = false;
-    if ((status = ParseValue(aRuntime, aElement, "Max", mMax, literal, &hasMax)) != kOk) return status;
-    if ((status = ParseValue(aRuntime, aElement, "Min", mMin, literal, &hasMin)) != kOk) return status;
-    if ((status = ParseValue(aRuntime, aElement, "Inc", mInc, literal, nullptr)) != kOk) return status;
+    if ((status = ParseValue(aRuntime, aElement, "Max", mMax, literal, &hasMax)) != kOk)
+        return status;
+    if ((status = ParseValue(aRuntime, aElement, "Min", mMin, literal, &hasMin)) != kOk)
+        return status;
+    if ((status = ParseValue(aRuntime, aElement, "Inc", mInc, literal, nullptr)) != kOk)
+        return status;
     // Without bounds, a value given by name takes its range from the target.
     if (!mValue.IsNamed()) {
         cValue bound;
@@ -148,7 +152,8 @@ i4 cFloatNode::SetValue(cRuntime* aRuntime, const cValue* aValue, pNode* aOrigin
         // Just outside by no more than the tolerance: the bound itself.
         if (!minimum.IsAbsent() && std::fabs(value - minimum.Real()) < cValue::kRealTolerance) {
             bound.SetReal(minimum.Real());
-        } else if (!maximum.IsAbsent() && std::fabs(value - maximum.Real()) < cValue::kRealTolerance) {
+        } else if (!maximum.IsAbsent() &&
+                   std::fabs(value - maximum.Real()) < cValue::kRealTolerance) {
             bound.SetReal(maximum.Real());
         } else {
             return kRejected;

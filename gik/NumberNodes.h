@@ -13,7 +13,8 @@ public:
 
     i4 Resolve(cRuntime* aRuntime) override;
     i4 GetValue(cRuntime* aRuntime, cValue& aValue, pNode* aOriginator) override;
-    i4 GetRange(cRuntime* aRuntime, cValue& aMinimum, cValue& aMaximum, pNode* aOriginator) override;
+    i4 GetRange(cRuntime* aRuntime, cValue& aMinimum, cValue& aMaximum,
+                pNode* aOriginator) override;
     i4 GetIncrement(cRuntime* aRuntime, cValue& aIncrement, pNode* aOriginator) override;
 
 protected:
@@ -30,7 +31,9 @@ public:
     static cIntegerNode* New(cRuntime* aRuntime, const TiXmlElement* aElement) {
         return Make<cIntegerNode>(aRuntime, aElement);
     }
-    i4 Initialize(cRuntime* aRuntime, const TiXmlElement* aElement) { return Parse(aRuntime, aElement); }
+    i4 Initialize(cRuntime* aRuntime, const TiXmlElement* aElement) {
+        return Parse(aRuntime, aElement);
+    }
     u4 ClassCode() const override { return kTagInteger; }
     const char* ClassName() const override { return "cIntegerNode"; }
 
@@ -43,7 +46,9 @@ public:
     static cFloatNode* New(cRuntime* aRuntime, const TiXmlElement* aElement) {
         return Make<cFloatNode>(aRuntime, aElement);
     }
-    i4 Initialize(cRuntime* aRuntime, const TiXmlElement* aElement) { return Parse(aRuntime, aElement); }
+    i4 Initialize(cRuntime* aRuntime, const TiXmlElement* aElement) {
+        return Parse(aRuntime, aElement);
+    }
     u4 ClassCode() const override { return kTagFloat; }
     const char* ClassName() const override { return "cFloatNode"; }
 

@@ -3,8 +3,8 @@
 // layer above types a node by) is its ClassCode.
 #pragma once
 
-#include "kit/Object.h"
 #include "gik/Status.h"
+#include "kit/Object.h"
 
 namespace gik {
 

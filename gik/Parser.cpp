@@ -40,6 +40,7 @@ private:
         T* node = new (std::nothrow) T();
         if (!node) return nullptr;
         node->mTag = node->ClassCode();
+        mFormula->mFootprint += sizeof(T);
         try {
             mFormula->mNodes.push_back(node);
         } catch (...) {
@@ -76,27 +77,85 @@ constexpr u1 kUnaryPrecedence = 12;
 
 bool sParser::Binary(int aToken, u4& aOp, u1& aPrec) {
     switch (aToken) {
-    case kTokOrOr: aOp = kOpOrOr; aPrec = 1; return true;
-    case kTokAndAnd: aOp = kOpAndAnd; aPrec = 2; return true;
-    case '|': aOp = kOpBitOr; aPrec = 3; return true;
-    case '^': aOp = kOpBitXor; aPrec = 4; return true;
+    case kTokOrOr:
+        aOp = kOpOrOr;
+        aPrec = 1;
+        return true;
+    case kTokAndAnd:
+        aOp = kOpAndAnd;
+        aPrec = 2;
+        return true;
+    case '|':
+        aOp = kOpBitOr;
+        aPrec = 3;
+        return true;
+    case '^':
+        aOp = kOpBitXor;
+        aPrec = 4;
+        return true;
     case '&':
-    case kTokBitAnd2: aOp = kOpBitAnd; aPrec = 5; return true;
-    case '=': aOp = kOpEq; aPrec = 6; return true;
-    case kTokNE: aOp = kOpNe; aPrec = 6; return true;
-    case '<': aOp = kOpLt; aPrec = 7; return true;
-    case '>': aOp = kOpGt; aPrec = 7; return true;
-    case kTokLE: aOp = kOpLe; aPrec = 7; return true;
-    case kTokGE: aOp = kOpGe; aPrec = 7; return true;
-    case kTokShl: aOp = kOpShl; aPrec = 8; return true;
-    case kTokShr: aOp = kOpShr; aPrec = 8; return true;
-    case '+': aOp = kOpAdd; aPrec = 9; return true;
-    case '-': aOp = kOpSub; aPrec = 9; return true;
-    case '*': aOp = kOpMul; aPrec = 10; return true;
-    case '/': aOp = kOpDiv; aPrec = 10; return true;
-    case '%': aOp = kOpMod; aPrec = 10; return true;
-    case kTokPow: aOp = kOpPow; aPrec = 11; return true;
-    default: return false;
+    case kTokBitAnd2:
+        aOp = kOpBitAnd;
+        aPrec = 5;
+        return true;
+    case '=':
+        aOp = kOpEq;
+        aPrec = 6;
+        return true;
+    case kTokNE:
+        aOp = kOpNe;
+        aPrec = 6;
+        return true;
+    case '<':
+        aOp = kOpLt;
+        aPrec = 7;
+        return true;
+    case '>':
+        aOp = kOpGt;
+        aPrec = 7;
+        return true;
+    case kTokLE:
+        aOp = kOpLe;
+        aPrec = 7;
+        return true;
+    case kTokGE:
+        aOp = kOpGe;
+        aPrec = 7;
+        return true;
+    case kTokShl:
+        aOp = kOpShl;
+        aPrec = 8;
+        return true;
+    case kTokShr:
+        aOp = kOpShr;
+        aPrec = 8;
+        return true;
+    case '+':
+        aOp = kOpAdd;
+        aPrec = 9;
+        return true;
+    case '-':
+        aOp = kOpSub;
+        aPrec = 9;
+        return true;
+    case '*':
+        aOp = kOpMul;
+        aPrec = 10;
+        return true;
+    case '/':
+        aOp = kOpDiv;
+        aPrec = 10;
+        return true;
+    case '%':
+        aOp = kOpMod;
+        aPrec = 10;
+        return true;
+    case kTokPow:
+        aOp = kOpPow;
+        aPrec = 11;
+        return true;
+    default:
+        return false;
     }
 }
 
@@ -137,7 +196,7 @@ bool sParser::Reduce() {
         mOperands.pop_back();
         node->mLeft = mOperands.back();
         u4 h = node->mLeft->Height() > node->mRight->Height() ? node->mLeft->Height()
-                                                               : node->mRight->Height();
+                                                              : node->mRight->Height();
         node->mHeight = h + 1;
         mOperands.back() = node;
         return true;
@@ -168,7 +227,8 @@ bool sParser::Reduce() {
         mOperands.back() = node;
         return true;
     }
-    default: return false;
+    default:
+        return false;
     }
 }
 
@@ -252,14 +312,17 @@ const char* sParser::Run() {
             case '~':
                 if (!PushOp({kUnary, kUnaryPrecedence, kOpNot, 0, 0})) return kExhausted;
                 break;
-            case '+': break; // "+" unary makes no node
-            default: return kSyntaxError;
+            case '+':
+                break; // "+" unary makes no node
+            default:
+                return kSyntaxError;
             }
         } else {
             u4 operation = 0;
             u1 precedence = 0;
             if (Binary(token.kind, operation, precedence)) {
-                if (!ReduceTighter(precedence, true)) return mOutOfMemory ? kExhausted : kSyntaxError;
+                if (!ReduceTighter(precedence, true))
+                    return mOutOfMemory ? kExhausted : kSyntaxError;
                 if (!PushOp({kBinary, precedence, operation, 0, 0})) return kExhausted;
                 operand = true;
             } else {
@@ -272,7 +335,8 @@ const char* sParser::Run() {
                 case ':':
                     // Close finished conditionals until the matching "?".
                     for (;;) {
-                        if (!ReduceTighter(1, true)) return mOutOfMemory ? kExhausted : kSyntaxError;
+                        if (!ReduceTighter(1, true))
+                            return mOutOfMemory ? kExhausted : kSyntaxError;
                         if (mOps.empty()) return kSyntaxError;
                         tOp& top = mOps.back();
                         if (top.kind == kQuestion) {
@@ -315,7 +379,8 @@ const char* sParser::Run() {
                 case ',': {
                     if (!ReduceGroup()) return mOutOfMemory ? kExhausted : kSyntaxError;
                     if (mOps.empty() || mOps.back().kind != kCall) return kSyntaxError;
-                    if (mOps.back().arguments >= cFunctExpression::kMaxArguments - 1) return kSyntaxError;
+                    if (mOps.back().arguments >= cFunctExpression::kMaxArguments - 1)
+                        return kSyntaxError;
                     ++mOps.back().arguments;
                     operand = true;
                     break;
@@ -330,14 +395,16 @@ const char* sParser::Run() {
                     if (cdata) return kSyntaxError;
                     while (!mOps.empty()) {
                         tKind kind = mOps.back().kind;
-                        if (kind == kParen || kind == kCall || kind == kQuestion) return kSyntaxError;
+                        if (kind == kParen || kind == kCall || kind == kQuestion)
+                            return kSyntaxError;
                         if (!Reduce()) return mOutOfMemory ? kExhausted : kSyntaxError;
                     }
                     if (mOperands.size() != 1) return kSyntaxError;
                     mFormula->mRoot = mOperands.back();
                     return nullptr;
                 }
-                default: return kSyntaxError;
+                default:
+                    return kSyntaxError;
                 }
             }
         }
@@ -362,6 +429,7 @@ cFormula* cFormula::Compile(const char* aText, const char** aError) {
     if (formula) {
         size_t length = strlen(aText ? aText : "");
         formula->mText = static_cast<char*>(llk::sEnv::Malloc(length + 1, false));
+        formula->mFootprint = sizeof(cFormula) + length + 1;
         if (formula->mText) {
             memcpy(formula->mText, aText ? aText : "", length + 1);
             error = sParser::Parse(formula);

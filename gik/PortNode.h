@@ -14,7 +14,9 @@ public:
     static cPortNode* New(cRuntime* aRuntime, const TiXmlElement* aElement) {
         return Make<cPortNode>(aRuntime, aElement);
     }
-    i4 Initialize(cRuntime* aRuntime, const TiXmlElement* aElement) { return Parse(aRuntime, aElement); }
+    i4 Initialize(cRuntime* aRuntime, const TiXmlElement* aElement) {
+        return Parse(aRuntime, aElement);
+    }
     ~cPortNode() override;
     u4 ClassCode() const override { return kTagPort; }
     const char* ClassName() const override { return "cPortNode"; }

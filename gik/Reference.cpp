@@ -52,8 +52,8 @@ void tValue::SetNode(pNode* aNode) {
     mNode = aNode;
 }
 
-i4 tValue::Parse(cRuntime* aRuntime, const TiXmlElement* aElement, const char* aName, tLiteral aLiteral,
-                 bool* aFound) {
+i4 tValue::Parse(cRuntime* aRuntime, const TiXmlElement* aElement, const char* aName,
+                 tLiteral aLiteral, bool* aFound) {
     if (aFound) *aFound = false;
     if (!aElement) return kOk;
     std::string named = std::string("p") + aName;

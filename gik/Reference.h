@@ -59,9 +59,9 @@ public:
     i4 Set(pNode* aOwner, cRuntime* aRuntime, const cValue* aValue, pNode* aOriginator);
 
 private:
-    pNode* mNode = nullptr;          // not owned
-    llk::cString* mName = nullptr;   // retained until resolved
-    cValue* mConstant = nullptr;     // retained
+    pNode* mNode = nullptr;        // not owned
+    llk::cString* mName = nullptr; // retained until resolved
+    cValue* mConstant = nullptr;   // retained
 };
 
 } // namespace gik

@@ -36,7 +36,8 @@ namespace gik {
 class sBuilder {
 public:
     // A new node owned by the caller, or null when the class's parse fails.
-    template <class T, class... A> static T* Make(cRuntime* aRuntime, const TiXmlElement* aElement, A... aArgs) {
+    template <class T, class... A>
+    static T* Make(cRuntime* aRuntime, const TiXmlElement* aElement, A... aArgs) {
         T* node = new (std::nothrow) T();
         if (!node) return nullptr;
         if (node->Initialize(aRuntime, aElement, aArgs...) != kOk) {
@@ -58,9 +59,11 @@ public:
         if (strcmp(kind, "Float") == 0) return Make<cFloatNode>(aRuntime, aElement);
         if (strcmp(kind, "Command") == 0) return Make<cCommandNode>(aRuntime, aElement);
         if (strcmp(kind, "String") == 0) return Make<cStringNode>(aRuntime, aElement);
-        if (strcmp(kind, "IntConverter") == 0) return Make<cConverterNode>(aRuntime, aElement, false);
+        if (strcmp(kind, "IntConverter") == 0)
+            return Make<cConverterNode>(aRuntime, aElement, false);
         if (strcmp(kind, "Converter") == 0) return Make<cConverterNode>(aRuntime, aElement, true);
-        if (strcmp(kind, "IntSwissKnife") == 0) return Make<cSwissKnifeNode>(aRuntime, aElement, false);
+        if (strcmp(kind, "IntSwissKnife") == 0)
+            return Make<cSwissKnifeNode>(aRuntime, aElement, false);
         if (strcmp(kind, "SwissKnife") == 0) return Make<cSwissKnifeNode>(aRuntime, aElement, true);
         if (strcmp(kind, "Enumeration") == 0) return Make<cEnumNode>(aRuntime, aElement);
         if (strcmp(kind, "Boolean") == 0) return Make<cBoolNode>(aRuntime, aElement);
@@ -73,7 +76,7 @@ public:
 
     static i4 CreateNode(cRuntime* aRuntime, const TiXmlElement* aElement, bool aReplace);
     static i4 CreateStruct(cRuntime* aRuntime, const TiXmlElement* aElement, cIntRegNode* aHolder,
-                           const char* aName, bool aReplace);
+                           bool aReplace);
 };
 
 namespace {
@@ -95,12 +98,13 @@ i4 sBuilder::CreateNode(cRuntime* aRuntime, const TiXmlElement* aElement, bool a
         return kUnacceptable;
     }
     if (!node) {
-        llk::sEnv::PrintError("cRuntime - failed to instantiate node '%s' (%s)", name, aElement->Value());
+        llk::sEnv::PrintError("cRuntime - failed to instantiate node '%s' (%s)", name,
+                              aElement->Value());
         return kUnacceptable;
     }
     i4 status;
     if (strcmp(aElement->Value(), "StructReg") == 0) {
-        status = CreateStruct(aRuntime, aElement, static_cast<cIntRegNode*>(node), name, aReplace);
+        status = CreateStruct(aRuntime, aElement, static_cast<cIntRegNode*>(node), aReplace);
     } else {
         status = aRuntime->StoreNode(node, aReplace);
     }
@@ -109,8 +113,7 @@ i4 sBuilder::CreateNode(cRuntime* aRuntime, const TiXmlElement* aElement, bool a
 }
 
 i4 sBuilder::CreateStruct(cRuntime* aRuntime, const TiXmlElement* aElement, cIntRegNode* aHolder,
-                          const char* aName, bool aReplace) {
-    (void)aName;
+                          bool aReplace) {
     // The holder is an IntReg under a hidden, unique name.
     std::string base = std::string("$") + aHolder->NameText();
     std::string hidden = base;
@@ -138,8 +141,7 @@ i4 sBuilder::CreateStruct(cRuntime* aRuntime, const TiXmlElement* aElement, cInt
         }
         if (entry->Flags() & pNode::kFlagNoCache) noCache = true;
         if (entry->Flags() & pNode::kFlagWriteAround) writeAround = true;
-        status = aHolder->AddDependent(entry);
-        if (status == kOk) status = aRuntime->StoreNode(entry, aReplace);
+        status = aRuntime->StoreNode(entry, aReplace);
         entry->Release();
         if (status != kOk) return status;
     }
@@ -246,20 +248,26 @@ i4 cRuntime::StoreNode(pNode* aNode, bool aReplace) {
     if (!aReplace && mNodes->Find(aNode->NameText())) return kOk; // the first definition wins
     pNode* old = nullptr;
     i4 status = mNodes->Store(aNode, old);
-    if (old) {
-        // Kept alive: nodes of earlier documents may still point at it.
-        mRetired->Append(old);
-        old->Release();
-    }
+    if (old) Retire(old);
     return status;
 }
 
+void cRuntime::Retire(pNode* aNode) {
+    // Kept alive: nodes resolved before it left may still point at it.
+    aNode->mGone = true;
+    aNode->mListed = false;
+    mRetired->Append(aNode);
+    aNode->Release();
+}
+
 i4 cRuntime::Process(const char* aText, bool aIsPath, const char* aPrefix, bool aReplace) {
+    u4 retired = mRetired->Count();
     try {
         std::string text;
         if (aIsPath) {
             if (!sDocument::ReadFile(aText, text)) {
-                llk::sEnv::PrintError("cRuntime - failed to parse document (%s)", "Failed to open file");
+                llk::sEnv::PrintError("cRuntime - failed to parse document (%s)",
+                                      "Failed to open file");
                 return kUnacceptable;
             }
         } else {
@@ -290,10 +298,13 @@ i4 cRuntime::Process(const char* aText, bool aIsPath, const char* aPrefix, bool 
         llk::Assign(mPrefix, aPrefix ? CacheString(aPrefix, false) : nullptr);
         status = Build(description, aReplace);
         llk::ReleaseAndClear(mPrefix);
-        if (status != kOk) llk::sEnv::PrintError("cRuntime - failed to process document (%d)", status);
+        if (mFinalized) Unlink(retired);
+        if (status != kOk)
+            llk::sEnv::PrintError("cRuntime - failed to process document (%d)", status);
         return status;
     } catch (...) {
         llk::ReleaseAndClear(mPrefix);
+        if (mFinalized) Unlink(retired);
         return kNoMemory;
     }
 }
@@ -339,7 +350,8 @@ i4 cRuntime::Build(TiXmlElement* aDescription, bool aReplace) {
         if (const char* name = e->Attribute("Name")) elements.emplace(name, e);
     }
     auto root = elements.find("Root");
-    if (root == elements.end() || strcmp(root->second->Value(), "Category") != 0) return kUnacceptable;
+    if (root == elements.end() || strcmp(root->second->Value(), "Category") != 0)
+        return kUnacceptable;
 
     // Paths: "" for the features directly under "Root", "/Info" under
     // "Root"/"Info". The walk keeps its own stack; a category that contains
@@ -373,7 +385,8 @@ i4 cRuntime::Build(TiXmlElement* aDescription, bool aReplace) {
         auto found = elements.find(text);
         if (found != elements.end() && strcmp(found->second->Value(), "Category") == 0) {
             const TiXmlElement* category = found->second;
-            if (open.count(category) || levels.size() >= kMaxCategoryDepth || ++visits > kMaxCategoryVisits)
+            if (open.count(category) || levels.size() >= kMaxCategoryDepth ||
+                ++visits > kMaxCategoryVisits)
                 return kUnacceptable;
             const char* name = category->Attribute("Name");
             std::string working = std::string(path->Chars()) + "/" + (name ? name : "");
@@ -397,6 +410,22 @@ i4 cRuntime::Build(TiXmlElement* aDescription, bool aReplace) {
     return kOk;
 }
 
+void cRuntime::Unlink(u4 aFirst) {
+    if (mRetired->Count() == aFirst) return;
+    auto isGone = [](llk::pObject* aObject, void*) { return static_cast<pNode*>(aObject)->mGone; };
+    auto sweep = [&](llk::pObject* aNode) {
+        auto* node = static_cast<pNode*>(aNode);
+        if (llk::cObjectList* list = node->Dependents()) list->Remove(isGone, nullptr);
+        if (llk::cObjectList* list = node->SelectedNodes()) list->Remove(isGone, nullptr);
+    };
+    for (u4 i = 0; i < NodeCount(); ++i)
+        sweep(NodeAt(i));
+    for (u4 i = 0; i < mRetired->Count(); ++i)
+        sweep(mRetired->AtIndex(i));
+    mFeatures->Remove(isGone, nullptr);
+    mPoked->Remove(isGone, nullptr);
+}
+
 i4 cRuntime::Finalize() {
     std::string().swap(mScratch);
     u4 count = NodeCount();
@@ -418,9 +447,10 @@ i4 cRuntime::Finalize() {
         pNode* node = NodeAt(i);
         if (node->IsHidden() || !node->GetPath() || !node->IsImplemented(this)) continue;
         try {
-            auto at = std::upper_bound(features.begin(), features.end(), node, [](pNode* a, pNode* b) {
-                return strcmp(a->NameText(), b->NameText()) < 0;
-            });
+            auto at =
+                std::upper_bound(features.begin(), features.end(), node, [](pNode* a, pNode* b) {
+                    return strcmp(a->NameText(), b->NameText()) < 0;
+                });
             features.insert(at, node);
         } catch (...) {
             node->SetImplemented(false);
@@ -459,7 +489,8 @@ pNode* cRuntime::SeekNode(const char* aName, bool aFeatureOnly) const {
     if (!aName || !mNodes) return nullptr;
     pNode* node = mNodes->Find(aName);
     if (!node || !aFeatureOnly) return node;
-    if (!node->GetPath() || !node->IsImplementedLatched(const_cast<cRuntime*>(this))) return nullptr;
+    if (!node->GetPath() || !node->IsImplementedLatched(const_cast<cRuntime*>(this)))
+        return nullptr;
     return node;
 }
 
@@ -475,8 +506,7 @@ bool cRuntime::RemoveNode(const char* aName) {
     if (mFinalized || !aName) return false;
     pNode* node = mNodes->Remove(aName);
     if (!node) return false;
-    mRetired->Append(node);
-    node->Release();
+    Retire(node);
     return true;
 }
 

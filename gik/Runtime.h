@@ -98,6 +98,12 @@ private:
 
     i4 Build(TiXmlElement* aDescription, bool aReplace);
     i4 StoreNode(pNode* aNode, bool aReplace);
+    // Takes over the reference of a node that left the table.
+    void Retire(pNode* aNode);
+    // After Finalize, nodes leaving the table (the retired ones from
+    // aFirst on) leave every list of the graph too, so that a walk meets
+    // only nodes of the table.
+    void Unlink(u4 aFirst);
     void AddPoked(pNode* aNode);
     bool IsPoked(const pNode* aNode) const;
     void BeginWalk();
@@ -106,7 +112,7 @@ private:
     bool mFinalized = false;
     bool mAttached = false;
     llk::cString* mPrefix = nullptr;
-    std::string mScratch; // prefix plus name
+    std::string mScratch;                               // prefix plus name
     std::vector<std::pair<std::string, pPort*>> mPorts; // retained
     cNodeTable* mNodes = nullptr;
     llk::cObjectList* mFeatures = nullptr;

@@ -92,15 +92,19 @@ struct tScalar {
         if (!number) return 0;
         switch (flavour) {
         case kFlavourBool:
-        case kFlavourByte: return static_cast<u1>(u);
-        case kFlavourSigned: return s < 0 ? 0 : (s > 255 ? 255 : static_cast<u1>(s));
-        case kFlavourUnsigned: return u > 255 ? 255 : static_cast<u1>(u);
+        case kFlavourByte:
+            return static_cast<u1>(u);
+        case kFlavourSigned:
+            return s < 0 ? 0 : (s > 255 ? 255 : static_cast<u1>(s));
+        case kFlavourUnsigned:
+            return u > 255 ? 255 : static_cast<u1>(u);
         case kFlavourReal: {
             if (std::isnan(r) || r <= 0.0) return 0;
             if (r >= 255.0) return 255;
             return static_cast<u1>(r);
         }
-        default: return 0;
+        default:
+            return 0;
         }
     }
     i8 AsSint() const {
@@ -108,10 +112,14 @@ struct tScalar {
         switch (flavour) {
         case kFlavourBool:
         case kFlavourByte:
-        case kFlavourSigned: return s;
-        case kFlavourUnsigned: return u > static_cast<u8>(INT64_MAX) ? INT64_MAX : static_cast<i8>(u);
-        case kFlavourReal: return RealToSint(r);
-        default: return 0;
+        case kFlavourSigned:
+            return s;
+        case kFlavourUnsigned:
+            return u > static_cast<u8>(INT64_MAX) ? INT64_MAX : static_cast<i8>(u);
+        case kFlavourReal:
+            return RealToSint(r);
+        default:
+            return 0;
         }
     }
     u8 AsUint() const {
@@ -119,10 +127,14 @@ struct tScalar {
         switch (flavour) {
         case kFlavourBool:
         case kFlavourByte:
-        case kFlavourUnsigned: return u;
-        case kFlavourSigned: return s < 0 ? 0 : static_cast<u8>(s);
-        case kFlavourReal: return RealToUint(r);
-        default: return 0;
+        case kFlavourUnsigned:
+            return u;
+        case kFlavourSigned:
+            return s < 0 ? 0 : static_cast<u8>(s);
+        case kFlavourReal:
+            return RealToUint(r);
+        default:
+            return 0;
         }
     }
     double AsReal() const {
@@ -130,10 +142,14 @@ struct tScalar {
         switch (flavour) {
         case kFlavourBool:
         case kFlavourByte:
-        case kFlavourUnsigned: return static_cast<double>(u);
-        case kFlavourSigned: return static_cast<double>(s);
-        case kFlavourReal: return r;
-        default: return 0.0;
+        case kFlavourUnsigned:
+            return static_cast<double>(u);
+        case kFlavourSigned:
+            return static_cast<double>(s);
+        case kFlavourReal:
+            return r;
+        default:
+            return 0.0;
         }
     }
 };

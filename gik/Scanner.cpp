@@ -33,12 +33,15 @@ struct tOperator {
 // In the order of the scanner's rules: of two matches of one length the
 // earlier wins.
 const tOperator kOperators[] = {
-    {"**", kTokPow},          {"&amp;", kTokBitAnd2},      {">=", kTokGE},
-    {"&gt;=", kTokGE},        {"<=", kTokLE},              {"&lt;=", kTokLE},
-    {"<>", kTokNE},           {"&lt;&gt;", kTokNE},        {"&&", kTokAndAnd},
-    {"&amp;&amp;", kTokAndAnd}, {"||", kTokOrOr},          {"<<", kTokShl},
-    {"&lt;&lt;", kTokShl},    {">>", kTokShr},             {"&gt;&gt;", kTokShr},
-    {"<![CDATA[", kTokCdataOpen}, {"]]>", kTokCdataClose},
+    {"**", kTokPow},         {"&amp;", kTokBitAnd2},
+    {">=", kTokGE},          {"&gt;=", kTokGE},
+    {"<=", kTokLE},          {"&lt;=", kTokLE},
+    {"<>", kTokNE},          {"&lt;&gt;", kTokNE},
+    {"&&", kTokAndAnd},      {"&amp;&amp;", kTokAndAnd},
+    {"||", kTokOrOr},        {"<<", kTokShl},
+    {"&lt;&lt;", kTokShl},   {">>", kTokShr},
+    {"&gt;&gt;", kTokShr},   {"<![CDATA[", kTokCdataOpen},
+    {"]]>", kTokCdataClose},
 };
 
 const char kSingles[] = "%&()*+,-/:<=>?^|~";
@@ -170,8 +173,12 @@ tToken cScanner::Next() {
                 t.number = tScalar::Signed(over ? INT64_MAX : static_cast<i8>(v));
                 break;
             }
-            case 2: t.number = tScalar::Real(ReadReal(p, end)); break;
-            default: t.number = tScalar::Signed(RealToSint(ReadReal(p, end))); break;
+            case 2:
+                t.number = tScalar::Real(ReadReal(p, end));
+                break;
+            default:
+                t.number = tScalar::Signed(RealToSint(ReadReal(p, end)));
+                break;
             }
             mAt = end;
             return t;

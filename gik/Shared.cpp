@@ -1,5 +1,6 @@
 #include "gik/Shared.h"
 
+#include <algorithm>
 #include <mutex>
 #include <string>
 #include <unordered_map>
@@ -15,6 +16,8 @@ struct tShared {
     u4 users = 0;
     llk::cStringCache* strings = nullptr;
     std::unordered_map<std::string, cFormula*>* formulas = nullptr;
+    size_t formulaBytes = 0;
+    size_t sweepAt = sShared::kFormulaBudget;
     u8 compiled = 0;
 };
 
@@ -23,12 +26,31 @@ struct tShared {
 std::mutex gMutex;
 tShared gShared;
 
+// Under the mutex. Only the table hands out new references to a formula,
+// and only under the mutex, so a count of 1 (the table's own) cannot rise
+// while this runs: no node holds that formula, nor can one take it.
+void SweepUnusedFormulas() {
+    for (auto it = gShared.formulas->begin(); it != gShared.formulas->end();) {
+        cFormula* formula = it->second;
+        if (formula->RetainCount() == 1) {
+            gShared.formulaBytes -= formula->Footprint();
+            it = gShared.formulas->erase(it);
+            formula->Release();
+        } else {
+            ++it;
+        }
+    }
+    // Sweeps stay rare however much is in use: each waits for the table
+    // to double.
+    gShared.sweepAt = std::max(sShared::kFormulaBudget, 2 * gShared.formulaBytes);
+}
+
 } // namespace
 
 bool sShared::Attach() {
     std::lock_guard<std::mutex> hold(gMutex);
-    // Compiled formulas stay for the life of the process, so that a text is
-    // compiled once however many runtimes come and go.
+    // The formula table outlives the runtimes (within its budget), so that
+    // a text is compiled once however often runtimes come and go.
     if (!gShared.formulas &&
         !(gShared.formulas = new (std::nothrow) std::unordered_map<std::string, cFormula*>()))
         return false;
@@ -54,19 +76,6 @@ void sShared::Detach() {
         gShared.strings = nullptr;
     }
     if (strings) strings->Release();
-}
-
-void sShared::ForgetUnused() {
-    std::lock_guard<std::mutex> hold(gMutex);
-    if (!gShared.formulas) return;
-    for (auto it = gShared.formulas->begin(); it != gShared.formulas->end();) {
-        if (it->second->RetainCount() == 1) {
-            it->second->Release();
-            it = gShared.formulas->erase(it);
-        } else {
-            ++it;
-        }
-    }
 }
 
 llk::cString* sShared::Intern(const char* aText) {
@@ -101,7 +110,10 @@ cFormula* sShared::Formula(const char* aText, const char** aError) {
             formula->Release();
             throw;
         }
-        return llk::Retained(formula);
+        llk::Retained(formula);
+        gShared.formulaBytes += formula->Footprint();
+        if (gShared.formulaBytes > gShared.sweepAt) SweepUnusedFormulas();
+        return formula;
     } catch (...) {
         if (aError) *aError = "memory exhausted";
         return nullptr;
@@ -116,6 +128,11 @@ u4 sShared::InternedCount() {
 u4 sShared::FormulaCount() {
     std::lock_guard<std::mutex> hold(gMutex);
     return gShared.formulas ? static_cast<u4>(gShared.formulas->size()) : 0;
+}
+
+size_t sShared::FormulaBytes() {
+    std::lock_guard<std::mutex> hold(gMutex);
+    return gShared.formulaBytes;
 }
 
 u8 sShared::CompileCount() {

@@ -1,8 +1,10 @@
 // Process-wide state of the kernel: one mutex over a string
 // cache, in which every node name, namespace, display name and unit is
 // interned, and over the table of compiled formulas, in which each formula
-// text is compiled once per process. The strings are released with the last
-// runtime; the formulas stay.
+// text is compiled once and shared by every node that uses it. The strings
+// are released with the last runtime. The formulas outlive their runtimes,
+// so that a camera opened again compiles nothing, but within a budget: when
+// the table outgrows it, the formulas no node holds any more are released.
 #pragma once
 
 #include "gik/Object.h"
@@ -17,6 +19,12 @@ class cFormula;
 
 class sShared {
 public:
+    // Bytes of compiled formulas (gik::cFormula::Footprint) past which the
+    // table releases those no node holds. Formulas in use always stay, so
+    // the table holds at most about twice the budget, or twice what is in
+    // use.
+    static constexpr size_t kFormulaBudget = size_t(8) << 20;
+
     // Each runtime attaches once while it lives; false when the state
     // cannot be built.
     static bool Attach();
@@ -31,14 +39,11 @@ public:
     // failure is reported again next time) or when nothing is attached.
     static cFormula* Formula(const char* aText, const char** aError);
 
-    // Drops the compiled formulas that no node holds, for long fuzzing runs
-    // that compile a new text for every input.
-    static void ForgetUnused();
-
     // For tests and benchmarks.
     static u4 InternedCount();
     static u4 FormulaCount();
-    static u8 CompileCount(); // compilations since the process started
+    static size_t FormulaBytes(); // the footprint of the table's formulas
+    static u8 CompileCount();     // compilations since the process started
 };
 
 } // namespace gik

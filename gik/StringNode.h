@@ -10,7 +10,9 @@ public:
     static cStringNode* New(cRuntime* aRuntime, const TiXmlElement* aElement) {
         return Make<cStringNode>(aRuntime, aElement);
     }
-    i4 Initialize(cRuntime* aRuntime, const TiXmlElement* aElement) { return Parse(aRuntime, aElement); }
+    i4 Initialize(cRuntime* aRuntime, const TiXmlElement* aElement) {
+        return Parse(aRuntime, aElement);
+    }
     u4 ClassCode() const override { return kTagString; }
     const char* ClassName() const override { return "cStringNode"; }
 

@@ -11,7 +11,9 @@ public:
     static cStringRegNode* New(cRuntime* aRuntime, const TiXmlElement* aElement) {
         return Make<cStringRegNode>(aRuntime, aElement);
     }
-    i4 Initialize(cRuntime* aRuntime, const TiXmlElement* aElement) { return Parse(aRuntime, aElement); }
+    i4 Initialize(cRuntime* aRuntime, const TiXmlElement* aElement) {
+        return Parse(aRuntime, aElement);
+    }
     u4 ClassCode() const override { return kTagStringReg; }
     const char* ClassName() const override { return "cStringRegNode"; }
 

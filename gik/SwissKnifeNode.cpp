@@ -53,7 +53,8 @@ i4 cSwissKnifeNode::GetRange(cRuntime* aRuntime, cValue& aMinimum, cValue& aMaxi
         if (status == kOk) status = Evaluate(mFormula, *mMaximum);
         if (status != kOk) return status;
         bool reversed = mIsFloat ? mMinimum->Real() > mMaximum->Real()
-                                 : (mMinimum->Flavour() == kFlavourUnsigned && mMaximum->Flavour() == kFlavourUnsigned
+                                 : (mMinimum->Flavour() == kFlavourUnsigned &&
+                                            mMaximum->Flavour() == kFlavourUnsigned
                                         ? mMinimum->Uint() > mMaximum->Uint()
                                         : mMinimum->Sint() > mMaximum->Sint());
         if (reversed) {

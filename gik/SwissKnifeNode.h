@@ -25,7 +25,8 @@ public:
     i4 GetValue(cRuntime* aRuntime, cValue& aValue, pNode* aOriginator) override;
     // The formula over the variables' minimums and over their maximums,
     // exchanged when reversed; kept until invalidated.
-    i4 GetRange(cRuntime* aRuntime, cValue& aMinimum, cValue& aMaximum, pNode* aOriginator) override;
+    i4 GetRange(cRuntime* aRuntime, cValue& aMinimum, cValue& aMaximum,
+                pNode* aOriginator) override;
     // Never writeable.
     u4 ComputeAccess() override;
     void OnInvalidate(cRuntime* aRuntime, cNotification* aNotification) override;

@@ -27,7 +27,9 @@ public:
     // The text of aElement itself: its first text child, or null.
     static const char* Text(const TiXmlElement* aElement);
 
-    static bool IsSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\f' || c == '\v'; }
+    static bool IsSpace(char c) {
+        return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\f' || c == '\v';
+    }
 };
 
 } // namespace gik

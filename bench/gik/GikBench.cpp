@@ -1,14 +1,16 @@
 // The feature kernel on the real devices' documents, over a zero-filled
 // in-memory port: loading the largest document (and the largest that loads)
-// with the peak memory of a process doing it, timed in real time since
-// tinyxml parses on a helper thread; a cached and an uncached integer read;
-// a SwissKnife read; a write with its invalidation walk.
+// with the peak memory of a process doing it, timed in real time since a
+// parse may run on a helper thread; a cached and an uncached integer read;
+// a SwissKnife read; a write with its invalidation walk. And documents with
+// ever new formulas, loaded and dropped, against the formula table's budget.
 #include <benchmark/benchmark.h>
 #include <malloc.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -20,6 +22,7 @@
 #include "gik/Notification.h"
 #include "gik/Port.h"
 #include "gik/Runtime.h"
+#include "gik/Shared.h"
 #include "gik/Value.h"
 #include "kit/AutoreleasePool.h"
 #include "kit/ObjectList.h"
@@ -305,5 +308,31 @@ void BM_WriteAndInvalidate(benchmark::State& aState) {
         double(poked) / double(aState.iterations() ? aState.iterations() : 1);
 }
 BENCHMARK(BM_WriteAndInvalidate);
+
+// A document of 50 knives whose formulas no document had before, loaded
+// and dropped at each step, as a process that opens camera after camera
+// does: the formula table stays within twice its budget.
+void BM_FreshFormulas(benchmark::State& aState) {
+    u8 serial = 0;
+    size_t largest = 0;
+    i4 status = 0;
+    for (auto _ : aState) {
+        std::string text = "<RegisterDescription><Category Name=\"Root\"/>";
+        for (int i = 0; i < 50; ++i)
+            text += "<IntSwissKnife Name=\"K" + std::to_string(i) + "\"><Formula>" +
+                    std::to_string(serial++) +
+                    " + (0x10 &lt;&lt; 2) * 3 - (7 % 4) + (1 ? 2 : 3)</Formula></IntSwissKnife>";
+        text += "</RegisterDescription>";
+        llk::uAutoreleasePool pool;
+        gik::cRuntime* runtime = gik::cRuntime::New(false);
+        status |= runtime->Process(text.c_str(), false, nullptr, false);
+        largest = std::max(largest, gik::sShared::FormulaBytes());
+    }
+    if (status != 0) aState.SkipWithError("a document failed");
+    aState.counters["formulas"] = double(serial);
+    aState.counters["table_max_kib"] = double(largest) / 1024.0;
+    aState.counters["budget_kib"] = double(gik::sShared::kFormulaBudget) / 1024.0;
+}
+BENCHMARK(BM_FreshFormulas)->Unit(benchmark::kMicrosecond);
 
 } // namespace

@@ -3,12 +3,18 @@
 // bound.
 #include <gtest/gtest.h>
 
+#include <pthread.h>
+
+#include <cstring>
 #include <string>
+#include <unordered_set>
 
 #include "Fixture.h"
 #include "gik/Document.h"
+#include "gik/Formula.h"
 #include "gik/Nesting.h"
 #include "gik/Shared.h"
+#include "gik/XmlDepth.h"
 
 using namespace gik;
 
@@ -40,8 +46,8 @@ TEST_F(BadInput, DeeplyNestedXmlIsRefused) {
     for (int i = 0; i < 1000; ++i)
         quoted += "<a b=\"/>\" c='<x/>'>";
     EXPECT_EQ(mRuntime->Process(quoted.c_str(), false, nullptr, false), 101);
-    // tinyxml takes "<a" into a UTF-8 character, so a plain reading of the
-    // text misses the nesting; the parsed tree is measured all the same.
+    // tinyxml takes "<a" into a UTF-8 character, and so reads the "<c>"s as
+    // elements, not as a quoted value: so does the measure.
     std::string swallowed =
         "<?xml version=\"1.0\" encoding=\"UTF-8\"?><RegisterDescription>\xE0<a \"";
     for (int i = 0; i < 1000; ++i)
@@ -50,8 +56,7 @@ TEST_F(BadInput, DeeplyNestedXmlIsRefused) {
     for (int i = 0; i < 1000; ++i)
         swallowed += "</c>";
     swallowed += "</RegisterDescription>";
-    EXPECT_LT(sDocument::Measure(swallowed.c_str(), swallowed.size(), 2000),
-              sDocument::kMaxNesting);
+    EXPECT_EQ(sXmlDepth::Measure(swallowed.c_str(), swallowed.size(), 2000), 1001u);
     EXPECT_EQ(mRuntime->Process(swallowed.c_str(), false, nullptr, false), 101);
 }
 
@@ -74,12 +79,39 @@ std::string Nested(u4 aGroups) {
 
 TEST_F(BadInput, NestingUpToTheLimitIsParsed) {
     std::string text = Nested(sDocument::kMaxNesting - 3);
-    EXPECT_EQ(sDocument::Measure(text.c_str(), text.size(), 1000), sDocument::kMaxNesting);
+    EXPECT_EQ(sXmlDepth::Measure(text.c_str(), text.size(), 1000), sDocument::kMaxNesting);
     ASSERT_EQ(mRuntime->Process(text.c_str(), false, nullptr, false), 0);
     ASSERT_EQ(mRuntime->Finalize(), 0);
     EXPECT_EQ(GetInt("Deep"), 4);
     text = Nested(sDocument::kMaxNesting - 2);
     EXPECT_EQ(mRuntime->Process(text.c_str(), false, nullptr, false), 101);
+}
+
+TEST_F(BadInput, AThreadWithASmallStackParsesOnAHelper) {
+    // 256 KiB hold no parse of the deepest documents: a helper thread
+    // with a stack of their size does it.
+    struct tJob {
+        cRuntime* runtime;
+        std::string text;
+        llk::i4 status = -1;
+    } job{mRuntime, Nested(sDocument::kMaxNesting - 3)};
+    ASSERT_GT(sDocument::StackFor(job.text.c_str(), job.text.size()), 256u << 10);
+    pthread_attr_t attributes;
+    ASSERT_EQ(pthread_attr_init(&attributes), 0);
+    ASSERT_EQ(pthread_attr_setstacksize(&attributes, 256u << 10), 0);
+    pthread_t thread;
+    auto run = [](void* aJob) -> void* {
+        auto* j = static_cast<tJob*>(aJob);
+        llk::uAutoreleasePool pool;
+        j->status = j->runtime->Process(j->text.c_str(), false, nullptr, false);
+        return nullptr;
+    };
+    ASSERT_EQ(pthread_create(&thread, &attributes, run, &job), 0);
+    pthread_attr_destroy(&attributes);
+    pthread_join(thread, nullptr);
+    EXPECT_EQ(job.status, 0);
+    ASSERT_EQ(mRuntime->Finalize(), 0);
+    EXPECT_EQ(GetInt("Deep"), 4);
 }
 
 TEST_F(BadInput, GarbageAndCutDocuments) {
@@ -206,7 +238,7 @@ TEST_F(BadInput, UnattachedPortFailsTransfersOnly) {
     EXPECT_EQ(SetInt("A", 1), 106); // no port: not writeable
 }
 
-TEST_F(BadInput, FormulasOutliveTheirRuntimesUntilForgotten) {
+TEST_F(BadInput, FormulasOutliveTheirRuntimesWithinABudget) {
     std::string nodes;
     for (int i = 0; i < 20; ++i)
         nodes += "<IntSwissKnife Name=\"K" + std::to_string(i) + "\"><Formula>" +
@@ -219,7 +251,99 @@ TEST_F(BadInput, FormulasOutliveTheirRuntimesUntilForgotten) {
     }
     // Compiled once, in the first round's runtime, though each round's runtime is gone.
     EXPECT_EQ(sShared::CompileCount() - before, 20u);
-    u4 count = sShared::FormulaCount();
-    sShared::ForgetUnused();
-    EXPECT_LE(sShared::FormulaCount() + 20, count);
+
+    // A knife in use, then three budgets' worth of formulas nobody keeps:
+    // the table sheds those, never the knife's.
+    ASSERT_EQ(
+        Load("<IntSwissKnife Name=\"Kept\"><Formula>(7 * 6) + 0x7EE9</Formula></IntSwissKnife>",
+             "Kept"),
+        0);
+    std::string sum = "0";
+    for (int i = 0; i < 2000; ++i)
+        sum += " + 1";
+    size_t footprint = 0;
+    for (int i = 0; footprint < 3 * sShared::kFormulaBudget; ++i) {
+        cFormula* formula = sShared::Formula((std::to_string(i) + sum).c_str(), nullptr);
+        ASSERT_NE(formula, nullptr);
+        footprint += formula->Footprint();
+        formula->Release();
+        EXPECT_LE(sShared::FormulaBytes(), 2 * sShared::kFormulaBudget + formula->Footprint());
+    }
+    llk::u8 compiled = sShared::CompileCount();
+    cFormula* kept = sShared::Formula("(7 * 6) + 0x7EE9", nullptr);
+    EXPECT_EQ(sShared::CompileCount(), compiled);
+    kept->Release();
+    EXPECT_EQ(GetInt("Kept"), 42 + 0x7EE9);
+}
+
+namespace {
+
+// Every node in a dependents or selected list of a table node is itself a
+// node of the table.
+void ExpectOnlyTableNodesLinked(cRuntime* aRuntime) {
+    std::unordered_set<const pNode*> table;
+    for (u4 i = 0; i < aRuntime->NodeCount(); ++i)
+        table.insert(aRuntime->NodeAt(i));
+    for (u4 i = 0; i < aRuntime->NodeCount(); ++i) {
+        pNode* node = aRuntime->NodeAt(i);
+        for (llk::cObjectList* list : {node->Dependents(), node->SelectedNodes()})
+            for (u4 j = 0; list && j < list->Count(); ++j)
+                EXPECT_TRUE(table.count(static_cast<pNode*>(list->AtIndex(j))))
+                    << node->NameText() << " links a node outside the table";
+    }
+}
+
+// Reads every node and writes back what it read, where it may.
+void ReadAndWriteBack(cRuntime* aRuntime) {
+    for (u4 i = 0; i < aRuntime->NodeCount(); ++i) {
+        pNode* node = aRuntime->NodeAt(i);
+        cValue value;
+        if (node->GetValue(aRuntime, value, nullptr) != 0 || !node->IsWriteable(aRuntime)) continue;
+        aRuntime->ClearPoked();
+        node->SetValue(aRuntime, &value, nullptr);
+    }
+}
+
+} // namespace
+
+TEST_F(BadInput, StructEntriesOfOneNameProcessedTwiceWithReplacement) {
+    // Found by the document fuzzer: two entries named "High", an Integer
+    // named like the port, prefix "P_", the text processed twice.
+    const char* text = "<RegisterDescription M=\"\"> <Category Name=\"Root\"></Category><StructReg "
+                       "Comment=>d<Length>4</Length><pPort>Device</pPort><StructEntry "
+                       "Name=\"High\"><LSB>15</LSB><MSB>8</MSB></StructEntry><StructEntry "
+                       "Name=\"High\"><Bit>3</Bit></StructEntry></StructReg>\n<Integer "
+                       "Name=\"Device\"/></RegisterDescription>";
+    ASSERT_EQ(strlen(text), 294u);
+    ASSERT_EQ(mRuntime->Process(text, false, "P_", false), 0);
+    ASSERT_EQ(mRuntime->Process(text, false, "P_", true), 0);
+    ASSERT_EQ(mRuntime->Finalize(), 0);
+    ExpectOnlyTableNodesLinked(mRuntime);
+    ReadAndWriteBack(mRuntime);
+}
+
+TEST_F(BadInput, NodesReplacedOrRemovedLeaveEveryList) {
+    const std::string nodes =
+        "<Integer Name=\"A\"><pValue>R</pValue><pSelected>B</pSelected></Integer>"
+        "<Integer Name=\"B\"><pValue>R</pValue><pInvalidator>A</pInvalidator></Integer>" +
+        IntReg("R", "0") +
+        "<StructReg Comment=\"S\"><Address>8</Address><Length>4</Length><pPort>Device</pPort>"
+        "<StructEntry Name=\"F\"><Bit>1</Bit></StructEntry></StructReg>";
+    ASSERT_EQ(mRuntime->Process(test::Document(nodes, "A B F").c_str(), false, nullptr, false), 0);
+    EXPECT_TRUE(mRuntime->RemoveNode("F")); // an entry that never enters the graph
+    ASSERT_EQ(mRuntime->Finalize(), 0);
+    ExpectOnlyTableNodesLinked(mRuntime);
+    // Processed again once finalized: every node of the text is replaced,
+    // the holder gets a second name, the old nodes leave every list.
+    ASSERT_EQ(mRuntime->Process(test::Document(nodes, "A B F").c_str(), false, nullptr, true), 0);
+    ExpectOnlyTableNodesLinked(mRuntime);
+    EXPECT_EQ(Features(), "");
+    ASSERT_EQ(mRuntime->Finalize(), 0);
+    ExpectOnlyTableNodesLinked(mRuntime);
+    EXPECT_EQ(Features(), "A B F");
+    ASSERT_EQ(SetInt("A", 5), 0);
+    EXPECT_EQ(Poked(), "B");
+    ASSERT_EQ(SetInt("F", 1), 0);
+    EXPECT_EQ(mPort->GetBig(8, 4), 1u << 30); // big endian: bit 1 counts from the top
+    ReadAndWriteBack(mRuntime);
 }

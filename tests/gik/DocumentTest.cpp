@@ -6,10 +6,10 @@
 #include <string>
 
 #include "Fixture.h"
+#include "gik/Formula.h"
 #include "gik/IntRegNode.h"
 #include "gik/Shared.h"
 #include "gik/SwissKnifeNode.h"
-#include "gik/Formula.h"
 
 #include <tinyxml.h>
 
@@ -21,7 +21,8 @@ class Documents : public test::KernelTest {};
 
 const char* kWidth =
     "<Integer Name=\"Width\"><pValue>WidthReg</pValue></Integer>"
-    "<IntReg Name=\"WidthReg\"><Address>0x100</Address><Length>4</Length><AccessMode>RW</AccessMode>"
+    "<IntReg "
+    "Name=\"WidthReg\"><Address>0x100</Address><Length>4</Length><AccessMode>RW</AccessMode>"
     "<pPort>Device</pPort><Sign>Unsigned</Sign><Endianess>BigEndian</Endianess></IntReg>";
 
 } // namespace
@@ -41,7 +42,8 @@ TEST_F(Documents, ASmallDocumentBuildsItsFeatureList) {
 }
 
 TEST_F(Documents, MalformedXmlIs101) {
-    EXPECT_EQ(mRuntime->Process("<RegisterDescription><Integer Name=\"A\">", false, nullptr, false), 101);
+    EXPECT_EQ(mRuntime->Process("<RegisterDescription><Integer Name=\"A\">", false, nullptr, false),
+              101);
     EXPECT_EQ(mRuntime->Process("not xml at all", false, nullptr, false), 101);
     EXPECT_EQ(mRuntime->Process("", false, nullptr, false), 101);
     EXPECT_EQ(mRuntime->Process("/no/such/file.xml", true, nullptr, false), 101);
@@ -91,9 +93,10 @@ TEST_F(Documents, FeatureNamingNothingIs101) {
 }
 
 TEST_F(Documents, CategoryCycleIsRefused) {
-    std::string nodes = std::string(kWidth) +
-                        "<Category Name=\"A\"><pFeature>B</pFeature></Category>"
-                        "<Category Name=\"B\"><pFeature>A</pFeature><pFeature>Width</pFeature></Category>";
+    std::string nodes =
+        std::string(kWidth) +
+        "<Category Name=\"A\"><pFeature>B</pFeature></Category>"
+        "<Category Name=\"B\"><pFeature>A</pFeature><pFeature>Width</pFeature></Category>";
     EXPECT_EQ(Load(nodes, "A"), 101);
 }
 
@@ -102,34 +105,36 @@ TEST_F(Documents, CategoryDiamondsDoNotExplode) {
     std::string nodes = "<Integer Name=\"Leaf\"><Value>1</Value></Integer>";
     for (int i = 0; i < 40; ++i) {
         std::string next = i == 39 ? "Leaf" : "C" + std::to_string(i + 1);
-        nodes += "<Category Name=\"C" + std::to_string(i) + "\"><pFeature>" + next + "</pFeature><pFeature>" +
-                 next + "</pFeature></Category>";
+        nodes += "<Category Name=\"C" + std::to_string(i) + "\"><pFeature>" + next +
+                 "</pFeature><pFeature>" + next + "</pFeature></Category>";
     }
     EXPECT_EQ(Load(nodes, "C0"), 101);
 }
 
 TEST_F(Documents, FirstDefinitionWinsWithoutReplace) {
-    ASSERT_EQ(mRuntime->Process(test::Document("<Integer Name=\"A\"><Value>1</Value></Integer>", "A").c_str(),
-                                false, nullptr, false),
+    ASSERT_EQ(mRuntime->Process(
+                  test::Document("<Integer Name=\"A\"><Value>1</Value></Integer>", "A").c_str(),
+                  false, nullptr, false),
               0);
-    ASSERT_EQ(mRuntime->Process(test::Document("<Integer Name=\"A\"><Value>2</Value></Integer>", "A").c_str(),
-                                false, nullptr, false),
+    ASSERT_EQ(mRuntime->Process(
+                  test::Document("<Integer Name=\"A\"><Value>2</Value></Integer>", "A").c_str(),
+                  false, nullptr, false),
               0);
     ASSERT_EQ(mRuntime->Finalize(), 0);
     EXPECT_EQ(GetInt("A"), 1);
 }
 
 TEST_F(Documents, ReplaceTakesTheNewNodeInTheSamePlace) {
-    ASSERT_EQ(mRuntime->Process(
-                  test::Document("<Integer Name=\"A\"><Value>1</Value></Integer>"
-                                 "<Integer Name=\"B\"><Value>5</Value></Integer>",
-                                 "A B")
-                      .c_str(),
-                  false, nullptr, false),
+    ASSERT_EQ(mRuntime->Process(test::Document("<Integer Name=\"A\"><Value>1</Value></Integer>"
+                                               "<Integer Name=\"B\"><Value>5</Value></Integer>",
+                                               "A B")
+                                    .c_str(),
+                                false, nullptr, false),
               0);
     pNode* first = Node("A");
-    ASSERT_EQ(mRuntime->Process(test::Document("<Integer Name=\"A\"><Value>2</Value></Integer>", "A").c_str(),
-                                false, nullptr, true),
+    ASSERT_EQ(mRuntime->Process(
+                  test::Document("<Integer Name=\"A\"><Value>2</Value></Integer>", "A").c_str(),
+                  false, nullptr, true),
               0);
     ASSERT_EQ(mRuntime->Finalize(), 0);
     EXPECT_NE(Node("A"), first);
@@ -139,15 +144,18 @@ TEST_F(Documents, ReplaceTakesTheNewNodeInTheSamePlace) {
 }
 
 TEST_F(Documents, ASecondDocumentMergesIntoTheSameRoot) {
-    ASSERT_EQ(mRuntime->Process(test::Document("<Integer Name=\"A\"><Value>1</Value></Integer>", "A").c_str(),
-                                false, nullptr, false),
-              0);
-    // The second document names a feature of the first, and adds its own.
     ASSERT_EQ(mRuntime->Process(
-                  "<RegisterDescription><Category Name=\"Root\"><pFeature>A</pFeature><pFeature>Extra</pFeature>"
-                  "</Category><Integer Name=\"Extra\"><Value>7</Value></Integer></RegisterDescription>",
+                  test::Document("<Integer Name=\"A\"><Value>1</Value></Integer>", "A").c_str(),
                   false, nullptr, false),
               0);
+    // The second document names a feature of the first, and adds its own.
+    ASSERT_EQ(
+        mRuntime->Process(
+            "<RegisterDescription><Category "
+            "Name=\"Root\"><pFeature>A</pFeature><pFeature>Extra</pFeature>"
+            "</Category><Integer Name=\"Extra\"><Value>7</Value></Integer></RegisterDescription>",
+            false, nullptr, false),
+        0);
     ASSERT_EQ(mRuntime->Finalize(), 0);
     EXPECT_EQ(Features(), "A Extra");
 }
@@ -179,7 +187,8 @@ TEST_F(Documents, ProcessCallbackSeesTheDescriptionAndCanStop) {
         &seen);
     EXPECT_EQ(mRuntime->Process(test::Document(kWidth, "Width").c_str(), false, nullptr, false), 0);
     EXPECT_EQ(seen.root, "RegisterDescription");
-    EXPECT_EQ(mRuntime->Process(test::Document(kWidth, "Width").c_str(), false, nullptr, false), 77);
+    EXPECT_EQ(mRuntime->Process(test::Document(kWidth, "Width").c_str(), false, nullptr, false),
+              77);
 }
 
 TEST_F(Documents, DanglingReferenceFailsFinalizeWith102) {
@@ -187,10 +196,12 @@ TEST_F(Documents, DanglingReferenceFailsFinalizeWith102) {
 }
 
 TEST_F(Documents, IsImplementedNamingNothingHidesTheFeature) {
-    ASSERT_EQ(Load("<Integer Name=\"A\"><pIsImplemented>Missing</pIsImplemented><Value>1</Value></Integer>"
-                   "<Integer Name=\"B\"><Value>1</Value></Integer>",
-                   "A B"),
-              0);
+    ASSERT_EQ(
+        Load(
+            "<Integer Name=\"A\"><pIsImplemented>Missing</pIsImplemented><Value>1</Value></Integer>"
+            "<Integer Name=\"B\"><Value>1</Value></Integer>",
+            "A B"),
+        0);
     EXPECT_EQ(Features(), "B");
     EXPECT_EQ(mRuntime->SeekNode("A", true), nullptr);
 }
@@ -200,7 +211,8 @@ TEST_F(Documents, HideRemoveAndMove) {
                         "<Integer Name=\"B\"><Value>2</Value></Integer>"
                         "<Integer Name=\"C\"><Value>3</Value></Integer>"
                         "<Category Name=\"Hidden\"><pFeature>B</pFeature></Category>";
-    ASSERT_EQ(mRuntime->Process(test::Document(nodes, "A Hidden C").c_str(), false, nullptr, false), 0);
+    ASSERT_EQ(mRuntime->Process(test::Document(nodes, "A Hidden C").c_str(), false, nullptr, false),
+              0);
     mRuntime->HideAllNodes("/Hidden");
     EXPECT_TRUE(mRuntime->RemoveNode("C"));
     EXPECT_FALSE(mRuntime->RemoveNode("C"));
@@ -248,7 +260,8 @@ TEST_F(Documents, StringsAreInternedOnce) {
 TEST_F(Documents, OneAddressMakesNoGeneratedNode) {
     ASSERT_EQ(Load(kWidth, "Width"), 0);
     for (llk::u4 i = 0; i < mRuntime->NodeCount(); ++i)
-        EXPECT_EQ(std::string(mRuntime->NodeAt(i)->NameText()).find("GeneratedNode_"), std::string::npos);
+        EXPECT_EQ(std::string(mRuntime->NodeAt(i)->NameText()).find("GeneratedNode_"),
+                  std::string::npos);
 }
 
 TEST_F(Documents, TwoAddressesMakeAGeneratedKnife) {
@@ -280,21 +293,24 @@ TEST_F(Documents, AddressesAndNodesSum) {
 }
 
 TEST_F(Documents, BadAddressTextIs101) {
-    EXPECT_EQ(Load("<IntReg Name=\"R\"><Address>0x1G</Address><Address>4</Address><Length>4</Length>"
-                   "<pPort>Device</pPort></IntReg>",
-                   ""),
-              101);
-    EXPECT_EQ(Load("<IntReg Name=\"R2\"><Address>12a</Address><Address>4</Address><Length>4</Length>"
-                   "<pPort>Device</pPort></IntReg>",
-                   ""),
-              101);
+    EXPECT_EQ(
+        Load("<IntReg Name=\"R\"><Address>0x1G</Address><Address>4</Address><Length>4</Length>"
+             "<pPort>Device</pPort></IntReg>",
+             ""),
+        101);
+    EXPECT_EQ(
+        Load("<IntReg Name=\"R2\"><Address>12a</Address><Address>4</Address><Length>4</Length>"
+             "<pPort>Device</pPort></IntReg>",
+             ""),
+        101);
 }
 
 TEST_F(Documents, EmbeddedKnifeBecomesANodeOfItsOwn) {
     std::string nodes =
         "<Integer Name=\"Sel\"><Value>2</Value></Integer>"
         "<IntReg Name=\"R\"><IntSwissKnife Name=\"Addr\"><pVariable Name=\"S\">Sel</pVariable>"
-        "<Formula>0x200 + S * 4</Formula></IntSwissKnife><Length>4</Length><AccessMode>RO</AccessMode>"
+        "<Formula>0x200 + S * "
+        "4</Formula></IntSwissKnife><Length>4</Length><AccessMode>RO</AccessMode>"
         "<pPort>Device</pPort></IntReg><Integer Name=\"A\"><pValue>R</pValue></Integer>";
     ASSERT_EQ(Load(nodes, "A"), 0);
     ASSERT_NE(Node("Addr"), nullptr);
@@ -304,16 +320,19 @@ TEST_F(Documents, EmbeddedKnifeBecomesANodeOfItsOwn) {
 }
 
 TEST_F(Documents, EmbeddedKnifeWithoutNameIs101) {
-    EXPECT_EQ(Load("<IntReg Name=\"R\"><IntSwissKnife><Formula>1</Formula></IntSwissKnife><Length>4</Length>"
-                   "<pPort>Device</pPort></IntReg>",
-                   ""),
-              101);
+    EXPECT_EQ(
+        Load("<IntReg "
+             "Name=\"R\"><IntSwissKnife><Formula>1</Formula></IntSwissKnife><Length>4</Length>"
+             "<pPort>Device</pPort></IntReg>",
+             ""),
+        101);
 }
 
 TEST_F(Documents, GroupCommentsDoNotCollide) {
     // A group already called "AddressSwissKnifes" is left alone.
     std::string nodes =
-        "<Group Comment=\"AddressSwissKnifes\"><Integer Name=\"X\"><Value>1</Value></Integer></Group>"
+        "<Group Comment=\"AddressSwissKnifes\"><Integer "
+        "Name=\"X\"><Value>1</Value></Integer></Group>"
         "<IntReg Name=\"R\"><Address>1</Address><Address>2</Address><Length>4</Length>"
         "<pPort>Device</pPort></IntReg>";
     ASSERT_EQ(Load(nodes, "X"), 0);

@@ -28,7 +28,8 @@ inline std::string Document(const std::string& aNodes, const std::string& aFeatu
         if (end > at) features += "<pFeature>" + aFeatures.substr(at, end - at) + "</pFeature>";
         at = end + 1;
     }
-    return "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<RegisterDescription ModelName=\"T\" VendorName=\"T\">"
+    return "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<RegisterDescription ModelName=\"T\" "
+           "VendorName=\"T\">"
            "<Category Name=\"Root\">" +
            features + "</Category>" + aNodes + "<Port Name=\"Device\"/></RegisterDescription>";
 }
@@ -55,7 +56,8 @@ protected:
 
     // Process and Finalize; the first failure.
     llk::i4 Load(const std::string& aNodes, const std::string& aFeatures) {
-        llk::i4 status = mRuntime->Process(Document(aNodes, aFeatures).c_str(), false, nullptr, false);
+        llk::i4 status =
+            mRuntime->Process(Document(aNodes, aFeatures).c_str(), false, nullptr, false);
         if (status != 0) return status;
         return mRuntime->Finalize();
     }

@@ -79,7 +79,9 @@ protected:
         Eval(aText, r);
         return !mError.empty();
     }
-    void Var(const char* aName, const tScalar& aValue) { ASSERT_EQ(mVariables->Set(aName, aValue), 0); }
+    void Var(const char* aName, const tScalar& aValue) {
+        ASSERT_EQ(mVariables->Set(aName, aValue), 0);
+    }
 
     llk::uAutoreleasePool mPool;
     cVariables* mVariables = nullptr;
@@ -92,17 +94,17 @@ TEST_F(Formulas, PrecedenceOfTheLevels) {
     EXPECT_EQ(Int("1 + 2 * 3"), 7);
     EXPECT_EQ(Int("1 << 2 + 1"), 8);
     EXPECT_EQ(Int("(1 + 2) * 3"), 9);
-    EXPECT_EQ(Int("7 - 2 - 1"), 4);   // left-associative
+    EXPECT_EQ(Int("7 - 2 - 1"), 4);    // left-associative
     EXPECT_EQ(Int("100 / 10 / 5"), 2); // left-associative
     EXPECT_EQ(Int("2 ** 3 ** 2"), 64); // "**" is left-associative too
     EXPECT_EQ(Int("-2 ** 2"), 4);      // and weaker than unary minus
     EXPECT_EQ(Int("2 * 3 ** 2"), 18);
     EXPECT_EQ(Int("1 | 2 ^ 3 & 6"), 1 | (2 ^ (3 & 6)));
-    EXPECT_EQ(Int("1 = 1 & 3"), 1);    // "=" is tighter than "&"
-    EXPECT_EQ(Int("2 < 3 = 1"), 1);    // relation tighter than equality
-    EXPECT_EQ(Int("1 << 1 < 3"), 1);   // shift tighter than relation
-    EXPECT_EQ(Int("1 || 0 && 0"), 1);  // "&&" tighter than "||"
-    EXPECT_EQ(Int("0 && 1 | 1"), 0);   // "|" tighter than "&&"
+    EXPECT_EQ(Int("1 = 1 & 3"), 1);   // "=" is tighter than "&"
+    EXPECT_EQ(Int("2 < 3 = 1"), 1);   // relation tighter than equality
+    EXPECT_EQ(Int("1 << 1 < 3"), 1);  // shift tighter than relation
+    EXPECT_EQ(Int("1 || 0 && 0"), 1); // "&&" tighter than "||"
+    EXPECT_EQ(Int("0 && 1 | 1"), 0);  // "|" tighter than "&&"
     EXPECT_EQ(Int("7 % 4 * 2"), 6);
     EXPECT_EQ(Int("~0"), -1);
     EXPECT_EQ(Int("- - 3"), 3);
@@ -263,6 +265,13 @@ TEST_F(Formulas, TypeRules) {
     EXPECT_EQ(Flavour("B * Y"), kFlavourUnsigned);
     EXPECT_EQ(Int("Y + Y"), 400);
     EXPECT_EQ(Int("(U = 5) && (S = -3)"), 1);
+    // No short cut: both sides are evaluated, and a side with no value
+    // leaves the whole without one, whatever the other side says.
+    EXPECT_TRUE(Nothing("0 && 1 / 0"));
+    EXPECT_TRUE(Nothing("1 || 1 / 0"));
+    EXPECT_TRUE(Nothing("(1 / 0) && 0"));
+    EXPECT_TRUE(Nothing("0 && Unset"));
+    EXPECT_TRUE(Nothing("1 || Unset"));
     EXPECT_EQ(Int("(U = 5) + (S = -3)"), 2);
     EXPECT_EQ(Flavour("B << 2"), kFlavourUnsigned);
     EXPECT_EQ(Int("B << 2"), 4);
@@ -281,11 +290,22 @@ TEST_F(Formulas, TypeRules) {
     EXPECT_EQ(Int("1.0 = 1.00001"), 0);
     EXPECT_EQ(Int("1 = 1"), 1);
     EXPECT_EQ(Int("1.0 <> 1.0000001"), 0);
-    // "-" and "~" of bool or byte act on the number.
-    EXPECT_EQ(Int("-B"), -1);
-    EXPECT_EQ(Int("~B"), -2);
+    // Unary operators keep their own rules: "-" and "~" of a bool are its
+    // logical not, of a byte the signed negation and inverse.
+    EXPECT_EQ(Int("-(1=1)"), 0);
+    EXPECT_EQ(Int("~(1=1)"), 0);
+    EXPECT_EQ(Int("-(1=2)"), 1);
+    EXPECT_EQ(Int("~(1=2)"), 1);
+    EXPECT_EQ(Int("-B"), 0);
+    EXPECT_EQ(Flavour("-B"), kFlavourBool);
+    EXPECT_EQ(Flavour("~B"), kFlavourBool);
+    EXPECT_EQ(Int("-(B=0) + 5"), 6);
+    EXPECT_EQ(Int("-Y"), -200);
+    EXPECT_EQ(Int("~Y"), -201);
+    EXPECT_EQ(Flavour("-Y"), kFlavourSigned);
     EXPECT_EQ(Int("~R"), 0); // "~" of a real is a logical not
     EXPECT_EQ(Flavour("~R"), kFlavourBool);
+    EXPECT_DOUBLE_EQ(Real("-R"), -2.5);
 }
 
 TEST_F(Formulas, TextOperandsGiveNothing) {
@@ -379,9 +399,11 @@ TEST_F(Formulas, SharedTreesEvaluateOnManyThreadsAtOnce) {
     cRuntime* runtime = cRuntime::New(false); // attaches the shared table
     ASSERT_NE(runtime, nullptr);
     const char* error = nullptr;
-    cFormula* f = sShared::Formula("X < 0 ? ABS(X) * 2 : ROUND(X / 3.0, 2) + SQRT(X) + (X % 7)", &error);
+    cFormula* f =
+        sShared::Formula("X < 0 ? ABS(X) * 2 : ROUND(X / 3.0, 2) + SQRT(X) + (X % 7)", &error);
     ASSERT_NE(f, nullptr);
-    cFormula* again = sShared::Formula("X < 0 ? ABS(X) * 2 : ROUND(X / 3.0, 2) + SQRT(X) + (X % 7)", &error);
+    cFormula* again =
+        sShared::Formula("X < 0 ? ABS(X) * 2 : ROUND(X / 3.0, 2) + SQRT(X) + (X % 7)", &error);
     EXPECT_EQ(f, again);
     again->Release();
     std::atomic<int> wrong{0};
@@ -399,7 +421,8 @@ TEST_F(Formulas, SharedTreesEvaluateOnManyThreadsAtOnce) {
                     continue;
                 }
                 double expected = x < 0 ? static_cast<double>(-x * 2)
-                                        : std::round(x / 3.0 * 100.0) / 100.0 + std::sqrt(static_cast<double>(x)) +
+                                        : std::round(x / 3.0 * 100.0) / 100.0 +
+                                              std::sqrt(static_cast<double>(x)) +
                                               static_cast<double>(x % 7);
                 if (std::fabs(r.AsReal() - expected) > 1e-9) ++wrong;
             }
@@ -432,4 +455,37 @@ TEST_F(Formulas, CompilingFromManyThreadsCompilesOnce) {
         thread.join();
     EXPECT_EQ(different.load(), 0);
     EXPECT_EQ(sShared::CompileCount() - before, 1u);
+}
+
+TEST_F(Formulas, TheTableShedsUnusedFormulasWhileOthersAreInUse) {
+    llk::uAutoreleasePool pool;
+    ASSERT_NE(cRuntime::New(false), nullptr); // attaches the shared table
+    std::string sum;
+    for (int i = 0; i < 1000; ++i)
+        sum += " + X";
+    std::atomic<int> wrong{0};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([&, t] {
+            llk::uAutoreleasePool pool;
+            cVariables* variables = cVariables::New(1);
+            variables->Set("X", tScalar::Signed(1));
+            for (int i = 0; i < 150; ++i) {
+                // One text every thread holds while the others fill the table.
+                cFormula* shared = sShared::Formula("X * 3 - 1", nullptr);
+                cFormula* own =
+                    sShared::Formula((std::to_string(t * 1000 + i) + sum).c_str(), nullptr);
+                tScalar a, b;
+                if (!shared || !own || !shared->Evaluate(variables, a) || a.AsSint() != 2 ||
+                    !own->Evaluate(variables, b) || b.AsSint() != t * 1000 + i + 1000)
+                    ++wrong;
+                if (own) own->Release();
+                if (shared) shared->Release();
+            }
+        });
+    }
+    for (auto& thread : threads)
+        thread.join();
+    EXPECT_EQ(wrong.load(), 0);
+    EXPECT_LE(sShared::FormulaBytes(), 3 * sShared::kFormulaBudget);
 }

@@ -13,19 +13,21 @@ class Knives : public test::KernelTest {};
 
 std::string IntReg(const char* aName, const char* aAddress, const char* aExtra = "") {
     return std::string("<IntReg Name=\"") + aName + "\"><Address>" + aAddress +
-           "</Address><Length>4</Length><AccessMode>RW</AccessMode><pPort>Device</pPort>" + aExtra + "</IntReg>";
+           "</Address><Length>4</Length><AccessMode>RW</AccessMode><pPort>Device</pPort>" + aExtra +
+           "</IntReg>";
 }
 
 } // namespace
 
 TEST_F(Knives, IntSwissKnifeOverRegisters) {
-    ASSERT_EQ(Load("<IntSwissKnife Name=\"Payload\"><pVariable Name=\"W\">Width</pVariable>"
-                   "<pVariable Name=\"H\">Height</pVariable><Formula>W * H</Formula></IntSwissKnife>"
-                   "<Integer Name=\"Width\"><pValue>WR</pValue><Min>1</Min><Max>4096</Max></Integer>"
-                   "<Integer Name=\"Height\"><pValue>HR</pValue><Min>1</Min><Max>2048</Max></Integer>" +
-                       IntReg("WR", "0") + IntReg("HR", "4"),
-                   "Payload Width Height"),
-              0);
+    ASSERT_EQ(
+        Load("<IntSwissKnife Name=\"Payload\"><pVariable Name=\"W\">Width</pVariable>"
+             "<pVariable Name=\"H\">Height</pVariable><Formula>W * H</Formula></IntSwissKnife>"
+             "<Integer Name=\"Width\"><pValue>WR</pValue><Min>1</Min><Max>4096</Max></Integer>"
+             "<Integer Name=\"Height\"><pValue>HR</pValue><Min>1</Min><Max>2048</Max></Integer>" +
+                 IntReg("WR", "0") + IntReg("HR", "4"),
+             "Payload Width Height"),
+        0);
     mPort->PutBig(0, 640, 4);
     mPort->PutBig(4, 480, 4);
     EXPECT_EQ(GetInt("Payload"), 640 * 480);
@@ -49,10 +51,12 @@ TEST_F(Knives, IntSwissKnifeOverRegisters) {
 }
 
 TEST_F(Knives, RangeIsExchangedWhenReversed) {
-    ASSERT_EQ(Load("<IntSwissKnife Name=\"K\"><pVariable Name=\"X\">A</pVariable><Formula>10 - X</Formula>"
-                   "</IntSwissKnife><Integer Name=\"A\"><Min>0</Min><Max>4</Max></Integer>",
-                   "K A"),
-              0);
+    ASSERT_EQ(
+        Load(
+            "<IntSwissKnife Name=\"K\"><pVariable Name=\"X\">A</pVariable><Formula>10 - X</Formula>"
+            "</IntSwissKnife><Integer Name=\"A\"><Min>0</Min><Max>4</Max></Integer>",
+            "K A"),
+        0);
     cValue minimum, maximum;
     ASSERT_EQ(Node("K")->GetRange(mRuntime, minimum, maximum, nullptr), 0);
     EXPECT_EQ(minimum.Sint(), 6);
@@ -60,11 +64,12 @@ TEST_F(Knives, RangeIsExchangedWhenReversed) {
 }
 
 TEST_F(Knives, FloatKnifeWorksInReals) {
-    ASSERT_EQ(Load("<SwissKnife Name=\"K\"><pVariable Name=\"A\">A</pVariable><Formula>A / 4</Formula>"
-                   "</SwissKnife><Integer Name=\"A\"><Value>10</Value></Integer>"
-                   "<IntSwissKnife Name=\"I\"><Formula>10 / 4.0</Formula></IntSwissKnife>",
-                   "K I"),
-              0);
+    ASSERT_EQ(
+        Load("<SwissKnife Name=\"K\"><pVariable Name=\"A\">A</pVariable><Formula>A / 4</Formula>"
+             "</SwissKnife><Integer Name=\"A\"><Value>10</Value></Integer>"
+             "<IntSwissKnife Name=\"I\"><Formula>10 / 4.0</Formula></IntSwissKnife>",
+             "K I"),
+        0);
     cValue v;
     ASSERT_EQ(Get("K", v), 0);
     EXPECT_EQ(v.Flavour(), kFlavourReal);
@@ -76,12 +81,13 @@ TEST_F(Knives, FloatKnifeWorksInReals) {
 }
 
 TEST_F(Knives, NothingIs7AndVariableFailuresPassThrough) {
-    ASSERT_EQ(Load("<IntSwissKnife Name=\"Div\"><Formula>1 / 0</Formula></IntSwissKnife>"
-                   "<IntSwissKnife Name=\"Bad\"><pVariable Name=\"R\">R</pVariable><Formula>R</Formula>"
-                   "</IntSwissKnife>" +
-                       IntReg("R", "0"),
-                   "Div Bad"),
-              0);
+    ASSERT_EQ(
+        Load("<IntSwissKnife Name=\"Div\"><Formula>1 / 0</Formula></IntSwissKnife>"
+             "<IntSwissKnife Name=\"Bad\"><pVariable Name=\"R\">R</pVariable><Formula>R</Formula>"
+             "</IntSwissKnife>" +
+                 IntReg("R", "0"),
+             "Div Bad"),
+        0);
     llk::i4 status = 0;
     GetInt("Div", &status);
     EXPECT_EQ(status, 7);
@@ -91,13 +97,15 @@ TEST_F(Knives, NothingIs7AndVariableFailuresPassThrough) {
 }
 
 TEST_F(Knives, NoCacheVariableMakesTheKnifeNoCache) {
-    ASSERT_EQ(Load("<IntSwissKnife Name=\"K\"><pVariable Name=\"R\">R</pVariable><Formula>R + 1</Formula>"
-                   "</IntSwissKnife>" +
-                       IntReg("R", "0", "<Cachable>NoCache</Cachable><PollingTime>250</PollingTime>") +
-                       "<IntSwissKnife Name=\"P\"><pVariable Name=\"R\">R</pVariable><PollingTime>40</PollingTime>"
-                       "<Formula>R</Formula></IntSwissKnife>",
-                   "K P"),
-              0);
+    ASSERT_EQ(
+        Load("<IntSwissKnife Name=\"K\"><pVariable Name=\"R\">R</pVariable><Formula>R + 1</Formula>"
+             "</IntSwissKnife>" +
+                 IntReg("R", "0", "<Cachable>NoCache</Cachable><PollingTime>250</PollingTime>") +
+                 "<IntSwissKnife Name=\"P\"><pVariable "
+                 "Name=\"R\">R</pVariable><PollingTime>40</PollingTime>"
+                 "<Formula>R</Formula></IntSwissKnife>",
+             "K P"),
+        0);
     EXPECT_TRUE(Node("K")->IsNoCache(mRuntime));
     EXPECT_EQ(Node("K")->PollingTime(), 250u);
     EXPECT_EQ(Node("P")->PollingTime(), 40u);
@@ -107,14 +115,15 @@ TEST_F(Knives, NoCacheVariableMakesTheKnifeNoCache) {
 }
 
 TEST_F(Knives, ConverterBothWays) {
-    ASSERT_EQ(Load("<Converter Name=\"Exposure\"><pVariable Name=\"OFF\">Offset</pVariable>"
-                   "<FormulaTo>(FROM - OFF) * 10</FormulaTo><FormulaFrom>TO / 10 + OFF</FormulaFrom>"
-                   "<pValue>Raw</pValue></Converter>"
-                   "<Integer Name=\"Offset\"><Value>2</Value></Integer>"
-                   "<Integer Name=\"Raw\"><pValue>RR</pValue><Min>0</Min><Max>1000</Max></Integer>" +
-                       IntReg("RR", "0x10"),
-                   "Exposure Offset"),
-              0);
+    ASSERT_EQ(
+        Load("<Converter Name=\"Exposure\"><pVariable Name=\"OFF\">Offset</pVariable>"
+             "<FormulaTo>(FROM - OFF) * 10</FormulaTo><FormulaFrom>TO / 10 + OFF</FormulaFrom>"
+             "<pValue>Raw</pValue></Converter>"
+             "<Integer Name=\"Offset\"><Value>2</Value></Integer>"
+             "<Integer Name=\"Raw\"><pValue>RR</pValue><Min>0</Min><Max>1000</Max></Integer>" +
+                 IntReg("RR", "0x10"),
+             "Exposure Offset"),
+        0);
     auto* c = static_cast<cConverterNode*>(Node("Exposure"));
     EXPECT_TRUE(c->IsFloat());
     mPort->PutBig(0x10, 55, 4);
@@ -133,7 +142,8 @@ TEST_F(Knives, ConverterBothWays) {
 }
 
 TEST_F(Knives, IntConverterAndReversedRange) {
-    ASSERT_EQ(Load("<IntConverter Name=\"C\"><FormulaTo>100 - FROM</FormulaTo><FormulaFrom>100 - TO</FormulaFrom>"
+    ASSERT_EQ(Load("<IntConverter Name=\"C\"><FormulaTo>100 - FROM</FormulaTo><FormulaFrom>100 - "
+                   "TO</FormulaFrom>"
                    "<pValue>R</pValue></IntConverter>"
                    "<Integer Name=\"R\"><Value>30</Value><Min>10</Min><Max>40</Max></Integer>",
                    "C"),
@@ -151,10 +161,11 @@ TEST_F(Knives, IntConverterAndReversedRange) {
 }
 
 TEST_F(Knives, ConverterFormulaWithoutValueIs7) {
-    ASSERT_EQ(Load("<IntConverter Name=\"C\"><FormulaTo>FROM / 0</FormulaTo><FormulaFrom>TO</FormulaFrom>"
-                   "<pValue>R</pValue></IntConverter><Integer Name=\"R\"><Value>3</Value></Integer>",
-                   "C"),
-              0);
+    ASSERT_EQ(
+        Load("<IntConverter Name=\"C\"><FormulaTo>FROM / 0</FormulaTo><FormulaFrom>TO</FormulaFrom>"
+             "<pValue>R</pValue></IntConverter><Integer Name=\"R\"><Value>3</Value></Integer>",
+             "C"),
+        0);
     EXPECT_EQ(GetInt("C"), 3);
     EXPECT_EQ(SetInt("C", 3), 7);
 }
@@ -162,16 +173,21 @@ TEST_F(Knives, ConverterFormulaWithoutValueIs7) {
 TEST_F(Knives, BadFormulasRefuseTheNode) {
     EXPECT_EQ(Load("<SwissKnife Name=\"K\"><Formula>(1 + </Formula></SwissKnife>", "K"), 101);
     EXPECT_EQ(Load("<SwissKnife Name=\"K2\"/>", "K2"), 101);
-    EXPECT_EQ(Load("<Converter Name=\"C\"><FormulaTo>FROM</FormulaTo><FormulaFrom>)</FormulaFrom></Converter>", "C"),
+    EXPECT_EQ(Load("<Converter "
+                   "Name=\"C\"><FormulaTo>FROM</FormulaTo><FormulaFrom>)</FormulaFrom></Converter>",
+                   "C"),
               101);
 }
 
 TEST_F(Knives, VariableElementsOfBothSpellings) {
-    ASSERT_EQ(Load("<IntSwissKnife Name=\"K\"><Variable Name=\"A\">One</Variable><pVariable Name=\"B\">Two"
-                   "</pVariable><Formula>A * 10 + B</Formula></IntSwissKnife>"
-                   "<Integer Name=\"One\"><Value>1</Value></Integer><Integer Name=\"Two\"><Value>2</Value></Integer>",
-                   "K"),
-              0);
+    ASSERT_EQ(
+        Load(
+            "<IntSwissKnife Name=\"K\"><Variable Name=\"A\">One</Variable><pVariable Name=\"B\">Two"
+            "</pVariable><Formula>A * 10 + B</Formula></IntSwissKnife>"
+            "<Integer Name=\"One\"><Value>1</Value></Integer><Integer "
+            "Name=\"Two\"><Value>2</Value></Integer>",
+            "K"),
+        0);
     EXPECT_EQ(GetInt("K"), 12);
     EXPECT_EQ(static_cast<cSwissKnifeNode*>(Node("K"))->VariableCount(), 2u);
 }

@@ -37,7 +37,8 @@ public:
         aFetched = aLength;
         return 0;
     }
-    llk::i4 Store(llk::u8 aAddress, llk::u4 aLength, const void* aBuffer, llk::u4& aStored) override {
+    llk::i4 Store(llk::u8 aAddress, llk::u4 aLength, const void* aBuffer,
+                  llk::u4& aStored) override {
         ++mStores;
         mLog.push_back({true, aAddress, aLength});
         aStored = 0;

@@ -57,7 +57,8 @@ TEST_F(Nodes, VisibilityTexts) {
 }
 
 TEST_F(Nodes, AccessModesNarrowEachOther) {
-    ASSERT_EQ(Load("<Integer Name=\"A\"><AccessMode>RO</AccessMode><ImposedAccessMode>WO</ImposedAccessMode>"
+    ASSERT_EQ(Load("<Integer "
+                   "Name=\"A\"><AccessMode>RO</AccessMode><ImposedAccessMode>WO</ImposedAccessMode>"
                    "</Integer>"
                    "<Integer Name=\"B\"><AccessMode>RO</AccessMode></Integer>"
                    "<Integer Name=\"C\"><ImposedAccessMode>WO</ImposedAccessMode></Integer>"
@@ -80,27 +81,31 @@ TEST_F(Nodes, AccessModesNarrowEachOther) {
 
 TEST_F(Nodes, BadAccessModeTextIs101) {
     EXPECT_EQ(Load("<Integer Name=\"A\"><AccessMode>RX</AccessMode></Integer>", "A"), 101);
-    EXPECT_EQ(Load("<Integer Name=\"B\"><ImposedAccessMode>ro</ImposedAccessMode></Integer>", "B"), 101);
+    EXPECT_EQ(Load("<Integer Name=\"B\"><ImposedAccessMode>ro</ImposedAccessMode></Integer>", "B"),
+              101);
 }
 
 TEST_F(Nodes, AValueNodeIsNeverMoreOpenThanItsRegister) {
-    ASSERT_EQ(Load("<Integer Name=\"A\"><pValue>R</pValue></Integer>"
-                   "<IntReg Name=\"R\"><Address>0</Address><Length>4</Length><AccessMode>RO</AccessMode>"
-                   "<pPort>Device</pPort></IntReg>",
-                   "A"),
-              0);
+    ASSERT_EQ(
+        Load("<Integer Name=\"A\"><pValue>R</pValue></Integer>"
+             "<IntReg Name=\"R\"><Address>0</Address><Length>4</Length><AccessMode>RO</AccessMode>"
+             "<pPort>Device</pPort></IntReg>",
+             "A"),
+        0);
     EXPECT_TRUE(Node("A")->CanRead());
     EXPECT_FALSE(Node("A")->CanWrite());
     EXPECT_EQ(SetInt("A", 1), 106);
 }
 
 TEST_F(Nodes, AvailabilityAndLockFollowTheirNodes) {
-    ASSERT_EQ(Load("<Integer Name=\"A\"><pIsAvailable>Avail</pIsAvailable><pIsLocked>Lock</pIsLocked>"
-                   "<pValue>R</pValue></Integer>" +
-                       Reg("R", "0") + "<Integer Name=\"Avail\"><pValue>AR</pValue></Integer>" +
-                       Reg("AR", "4") + "<Integer Name=\"Lock\"><pValue>LR</pValue></Integer>" + Reg("LR", "8"),
-                   "A Avail Lock"),
-              0);
+    ASSERT_EQ(
+        Load("<Integer Name=\"A\"><pIsAvailable>Avail</pIsAvailable><pIsLocked>Lock</pIsLocked>"
+             "<pValue>R</pValue></Integer>" +
+                 Reg("R", "0") + "<Integer Name=\"Avail\"><pValue>AR</pValue></Integer>" +
+                 Reg("AR", "4") + "<Integer Name=\"Lock\"><pValue>LR</pValue></Integer>" +
+                 Reg("LR", "8"),
+             "A Avail Lock"),
+        0);
     pNode* a = Node("A");
     EXPECT_FALSE(a->IsAvailable(mRuntime));
     EXPECT_FALSE(a->IsReadable(mRuntime));
@@ -119,11 +124,12 @@ TEST_F(Nodes, UnresolvedAvailabilityIs102) {
 }
 
 TEST_F(Nodes, CachableAndStreamable) {
-    ASSERT_EQ(Load(Reg("A", "0", "<Cachable>NoCache</Cachable><Streamable>Yes</Streamable>") +
-                       Reg("B", "4", "<Cachable>WriteAround</Cachable><Streamable>No</Streamable>") +
-                       Reg("C", "8", "<Cachable>WriteThrough</Cachable>"),
-                   "A B C"),
-              0);
+    ASSERT_EQ(
+        Load(Reg("A", "0", "<Cachable>NoCache</Cachable><Streamable>Yes</Streamable>") +
+                 Reg("B", "4", "<Cachable>WriteAround</Cachable><Streamable>No</Streamable>") +
+                 Reg("C", "8", "<Cachable>WriteThrough</Cachable>"),
+             "A B C"),
+        0);
     EXPECT_TRUE(Node("A")->IsNoCache(mRuntime));
     EXPECT_TRUE(Node("A")->IsStreamable(mRuntime));
     EXPECT_TRUE(Node("B")->IsWriteAround(mRuntime));
@@ -133,10 +139,11 @@ TEST_F(Nodes, CachableAndStreamable) {
 }
 
 TEST_F(Nodes, InvalidatorNamingNothingStillCounts) {
-    ASSERT_EQ(Load("<Integer Name=\"A\"><pInvalidator>Missing</pInvalidator><Value>1</Value></Integer>"
-                   "<Integer Name=\"B\"><Value>1</Value></Integer>",
-                   "A B"),
-              0);
+    ASSERT_EQ(
+        Load("<Integer Name=\"A\"><pInvalidator>Missing</pInvalidator><Value>1</Value></Integer>"
+             "<Integer Name=\"B\"><Value>1</Value></Integer>",
+             "A B"),
+        0);
     EXPECT_TRUE(Node("A")->HasInvalidators(mRuntime));
     EXPECT_FALSE(Node("B")->HasInvalidators(mRuntime));
 }
@@ -145,7 +152,8 @@ TEST_F(Nodes, InvalidatorsAndSelectorsAreDependents) {
     ASSERT_EQ(Load("<Integer Name=\"Sel\"><pSelected>A</pSelected><pSelected>Missing</pSelected>"
                    "<pValue>SR</pValue></Integer>" +
                        Reg("SR", "0") +
-                       "<Integer Name=\"A\"><pInvalidator>Sel</pInvalidator><pValue>AR</pValue></Integer>" +
+                       "<Integer "
+                       "Name=\"A\"><pInvalidator>Sel</pInvalidator><pValue>AR</pValue></Integer>" +
                        Reg("AR", "4"),
                    "Sel A"),
               0);
@@ -165,7 +173,8 @@ TEST_F(Nodes, HiddenNodesAreWalkedThroughNotListed) {
                         "<Integer Name=\"B\"><pValue>A</pValue></Integer>"
                         "<Integer Name=\"C\"><pValue>B</pValue></Integer>"
                         "<Category Name=\"Secret\"><pFeature>B</pFeature></Category>";
-    ASSERT_EQ(mRuntime->Process(test::Document(nodes, "A Secret C").c_str(), false, nullptr, false), 0);
+    ASSERT_EQ(mRuntime->Process(test::Document(nodes, "A Secret C").c_str(), false, nullptr, false),
+              0);
     mRuntime->HideAllNodes("/Secret");
     ASSERT_EQ(mRuntime->Finalize(), 0);
     llk::cObjectList* affected = llk::cObjectList::New(8, false);

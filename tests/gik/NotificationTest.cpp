@@ -13,7 +13,8 @@ class Notifications : public test::KernelTest {};
 
 std::string IntReg(const char* aName, const char* aAddress, const char* aExtra = "") {
     return std::string("<IntReg Name=\"") + aName + "\"><Address>" + aAddress +
-           "</Address><Length>4</Length><AccessMode>RW</AccessMode><pPort>Device</pPort>" + aExtra + "</IntReg>";
+           "</Address><Length>4</Length><AccessMode>RW</AccessMode><pPort>Device</pPort>" + aExtra +
+           "</IntReg>";
 }
 
 // A counts what it hears.
@@ -38,9 +39,11 @@ public:
 
 TEST_F(Notifications, ASetPokesTheDependentsNotTheNode) {
     ASSERT_EQ(Load("<Integer Name=\"Width\"><pValue>WR</pValue></Integer>" + IntReg("WR", "0") +
-                       "<IntSwissKnife Name=\"Payload\"><pVariable Name=\"W\">Width</pVariable><Formula>W * 2"
+                       "<IntSwissKnife Name=\"Payload\"><pVariable "
+                       "Name=\"W\">Width</pVariable><Formula>W * 2"
                        "</Formula></IntSwissKnife>"
-                       "<IntSwissKnife Name=\"Twice\"><pVariable Name=\"P\">Payload</pVariable><Formula>P * 2"
+                       "<IntSwissKnife Name=\"Twice\"><pVariable "
+                       "Name=\"P\">Payload</pVariable><Formula>P * 2"
                        "</Formula></IntSwissKnife>"
                        "<Integer Name=\"Other\"><pValue>OR</pValue></Integer>" +
                        IntReg("OR", "4"),
@@ -52,13 +55,14 @@ TEST_F(Notifications, ASetPokesTheDependentsNotTheNode) {
 
 TEST_F(Notifications, CyclesEndAndSharedNodesAreToldOnce) {
     // A -> B -> C -> A through invalidators, and D reached on two paths.
-    ASSERT_EQ(Load("<Integer Name=\"A\"><pInvalidator>C</pInvalidator><Value>0</Value></Integer>"
-                   "<Integer Name=\"B\"><pInvalidator>A</pInvalidator><Value>0</Value></Integer>"
-                   "<Integer Name=\"C\"><pInvalidator>B</pInvalidator><Value>0</Value></Integer>"
-                   "<Integer Name=\"D\"><pInvalidator>A</pInvalidator><pInvalidator>B</pInvalidator>"
-                   "<Value>0</Value></Integer>",
-                   "A B C D"),
-              0);
+    ASSERT_EQ(
+        Load("<Integer Name=\"A\"><pInvalidator>C</pInvalidator><Value>0</Value></Integer>"
+             "<Integer Name=\"B\"><pInvalidator>A</pInvalidator><Value>0</Value></Integer>"
+             "<Integer Name=\"C\"><pInvalidator>B</pInvalidator><Value>0</Value></Integer>"
+             "<Integer Name=\"D\"><pInvalidator>A</pInvalidator><pInvalidator>B</pInvalidator>"
+             "<Value>0</Value></Integer>",
+             "A B C D"),
+        0);
     ASSERT_EQ(SetInt("A", 1), 0);
     // The walk ends at the visited set; around the cycle A itself is
     // reached again (only the node just before is left out), D once.
@@ -66,11 +70,12 @@ TEST_F(Notifications, CyclesEndAndSharedNodesAreToldOnce) {
 }
 
 TEST_F(Notifications, InvalidateStartsAtTheNodeItself) {
-    ASSERT_EQ(Load("<Integer Name=\"A\"><pValue>R</pValue></Integer>" + IntReg("R", "0") +
-                       "<Integer Name=\"B\"><pInvalidator>A</pInvalidator><pValue>BR</pValue></Integer>" +
-                       IntReg("BR", "4"),
-                   "A B"),
-              0);
+    ASSERT_EQ(
+        Load("<Integer Name=\"A\"><pValue>R</pValue></Integer>" + IntReg("R", "0") +
+                 "<Integer Name=\"B\"><pInvalidator>A</pInvalidator><pValue>BR</pValue></Integer>" +
+                 IntReg("BR", "4"),
+             "A B"),
+        0);
     EXPECT_EQ(GetInt("A"), 0);
     EXPECT_EQ(GetInt("B"), 0);
     mPort->PutBig(0, 3, 4);
@@ -82,13 +87,14 @@ TEST_F(Notifications, InvalidateStartsAtTheNodeItself) {
 }
 
 TEST_F(Notifications, TwoChangesShareOneVisitedSet) {
-    ASSERT_EQ(Load("<Integer Name=\"A\"><Value>0</Value></Integer>"
-                   "<Integer Name=\"B\"><Value>0</Value></Integer>"
-                   "<Integer Name=\"Both\"><pInvalidator>A</pInvalidator><pInvalidator>B</pInvalidator>"
-                   "<Value>0</Value></Integer>"
-                   "<Integer Name=\"After\"><pInvalidator>Both</pInvalidator><Value>0</Value></Integer>",
-                   "A B Both After"),
-              0);
+    ASSERT_EQ(
+        Load("<Integer Name=\"A\"><Value>0</Value></Integer>"
+             "<Integer Name=\"B\"><Value>0</Value></Integer>"
+             "<Integer Name=\"Both\"><pInvalidator>A</pInvalidator><pInvalidator>B</pInvalidator>"
+             "<Value>0</Value></Integer>"
+             "<Integer Name=\"After\"><pInvalidator>Both</pInvalidator><Value>0</Value></Integer>",
+             "A B Both After"),
+        0);
     mRuntime->ClearPoked();
     cValue one;
     one.SetSigned(1);
@@ -130,11 +136,14 @@ TEST_F(Notifications, BroadcastReachesTheMaskedClassesButTheSender) {
 }
 
 TEST_F(Notifications, WritingAnAddressNodeMovesTheRegister) {
-    ASSERT_EQ(Load("<Integer Name=\"Base\"><pValue>BaseReg</pValue></Integer>" + IntReg("BaseReg", "0x10") +
-                       "<IntReg Name=\"R\"><pAddress>Base</pAddress><Length>4</Length><AccessMode>RO</AccessMode>"
-                       "<pPort>Device</pPort></IntReg><Integer Name=\"A\"><pValue>R</pValue></Integer>",
-                   "Base A"),
-              0);
+    ASSERT_EQ(
+        Load("<Integer Name=\"Base\"><pValue>BaseReg</pValue></Integer>" +
+                 IntReg("BaseReg", "0x10") +
+                 "<IntReg "
+                 "Name=\"R\"><pAddress>Base</pAddress><Length>4</Length><AccessMode>RO</AccessMode>"
+                 "<pPort>Device</pPort></IntReg><Integer Name=\"A\"><pValue>R</pValue></Integer>",
+             "Base A"),
+        0);
     mPort->PutBig(0x100, 1, 4);
     mPort->PutBig(0x200, 2, 4);
     ASSERT_EQ(SetInt("Base", 0x100), 0);
@@ -147,7 +156,8 @@ TEST_F(Notifications, WritingAnAddressNodeMovesTheRegister) {
 TEST_F(Notifications, WriteOrderIsValidateStoreWalkBroadcastDrop) {
     // Two aliases, one write-around: after the write the writer re-reads,
     // the alias was dropped by the broadcast.
-    ASSERT_EQ(Load(IntReg("W", "0x80", "<Cachable>WriteAround</Cachable>") + IntReg("Alias", "0x80") +
+    ASSERT_EQ(Load(IntReg("W", "0x80", "<Cachable>WriteAround</Cachable>") +
+                       IntReg("Alias", "0x80") +
                        "<Integer Name=\"A\"><pValue>Alias</pValue></Integer>",
                    "W A"),
               0);

@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 #include <vector>
 #include <zlib.h>
@@ -130,6 +131,18 @@ std::string FirstZipEntry(const std::string& aPath) {
 
 class RealDocuments : public ::testing::Test {
 protected:
+    void SetUp() override {
+        if (!std::filesystem::is_directory(test::TestDataDir()))
+            GTEST_SKIP() << "no real devices' documents: " << test::TestDataDir()
+                         << " is absent (the shared test data lies beside the source tree)";
+    }
+    // The path of a document that must be there.
+    static std::string Existing(const char* aFile) {
+        std::string path = test::TestDataDir() + aFile;
+        EXPECT_TRUE(std::filesystem::is_regular_file(path)) << "missing " << path;
+        return path;
+    }
+
     llk::uAutoreleasePool mPool;
 };
 
@@ -146,6 +159,11 @@ const tExpectation kDocuments[] = {
     // An IntReg of Length 1: one-byte registers are refused, so the node
     // cannot be made and the document is not acceptable.
     {"Sony_CVC_EH6300.xml", 101, 0},
+    // An "Address" of "-4" beside a "pAddress": an address sum takes decimal
+    // digits only.
+    {"Baumer_HXG20.xml", 101, 0},
+    // Struct entries numbering bits above 31: fields lie in a 32-bit frame.
+    {"FLIR_FL3_U3_13S2C.xml", 101, 0},
 };
 
 } // namespace
@@ -159,7 +177,7 @@ TEST_F(RealDocuments, EachLoadsOrIsRefused) {
         runtime->AttachPort("Device", port);
         runtime->AttachPort("TLDevice", port);
         runtime->Prepare();
-        std::string path = test::TestDataDir() + e.file;
+        std::string path = Existing(e.file);
         llk::i4 status = runtime->Process(path.c_str(), true, nullptr, false);
         EXPECT_EQ(status, e.process);
         if (status != 0) continue;
@@ -172,7 +190,7 @@ TEST_F(RealDocuments, EachLoadsOrIsRefused) {
 }
 
 TEST_F(RealDocuments, TheZippedDocumentLoads) {
-    std::string text = FirstZipEntry(test::TestDataDir() + "tlsimu_altered.zip");
+    std::string text = FirstZipEntry(Existing("tlsimu_altered.zip"));
     ASSERT_EQ(text.size(), 24983u);
     cRuntime* runtime = cRuntime::New(false);
     test::cMemoryPort* port = test::cMemoryPort::New(true);

@@ -15,20 +15,22 @@ namespace {
 class Registers : public test::KernelTest {};
 
 std::string IntReg(const char* aName, const char* aAddress, int aLength, const char* aExtra = "") {
-    return std::string("<IntReg Name=\"") + aName + "\"><Address>" + aAddress + "</Address><Length>" +
-           std::to_string(aLength) + "</Length><AccessMode>RW</AccessMode><pPort>Device</pPort>" + aExtra +
-           "</IntReg>";
+    return std::string("<IntReg Name=\"") + aName + "\"><Address>" + aAddress +
+           "</Address><Length>" + std::to_string(aLength) +
+           "</Length><AccessMode>RW</AccessMode><pPort>Device</pPort>" + aExtra + "</IntReg>";
 }
 
 } // namespace
 
 TEST_F(Registers, BigAndLittleEndianUnsignedAndSigned) {
-    ASSERT_EQ(Load(IntReg("B4", "0x00", 4) + IntReg("L4", "0x10", 4, "<Endianess>LittleEndian</Endianess>") +
-                       IntReg("S4", "0x20", 4, "<Sign>Signed</Sign>") +
-                       IntReg("L8", "0x30", 8, "<Endianess>LittleEndian</Endianess><Sign>Signed</Sign>") +
-                       IntReg("U8", "0x40", 8),
-                   "B4 L4 S4 L8 U8"),
-              0);
+    ASSERT_EQ(
+        Load(IntReg("B4", "0x00", 4) +
+                 IntReg("L4", "0x10", 4, "<Endianess>LittleEndian</Endianess>") +
+                 IntReg("S4", "0x20", 4, "<Sign>Signed</Sign>") +
+                 IntReg("L8", "0x30", 8, "<Endianess>LittleEndian</Endianess><Sign>Signed</Sign>") +
+                 IntReg("U8", "0x40", 8),
+             "B4 L4 S4 L8 U8"),
+        0);
     mPort->PutBig(0x00, 0x12345678, 4);
     mPort->PutLittle(0x10, 0x12345678, 4);
     mPort->PutBig(0x20, 0xFFFFFFFE, 4);
@@ -49,8 +51,9 @@ TEST_F(Registers, BigAndLittleEndianUnsignedAndSigned) {
 }
 
 TEST_F(Registers, RangesByLengthAndSign) {
-    ASSERT_EQ(Load(IntReg("U2", "0", 2) + IntReg("S2", "0x10", 2, "<Sign>Signed</Sign>") + IntReg("U4", "0x20", 4) +
-                       IntReg("S8", "0x30", 8, "<Sign>Signed</Sign>") + IntReg("U8", "0x40", 8),
+    ASSERT_EQ(Load(IntReg("U2", "0", 2) + IntReg("S2", "0x10", 2, "<Sign>Signed</Sign>") +
+                       IntReg("U4", "0x20", 4) + IntReg("S8", "0x30", 8, "<Sign>Signed</Sign>") +
+                       IntReg("U8", "0x40", 8),
                    "U2 S2 U4 S8 U8"),
               0);
     cValue minimum, maximum;
@@ -72,11 +75,17 @@ TEST_F(Registers, RangesByLengthAndSign) {
 TEST_F(Registers, BadLengthsAre104AndRefuseTheNode) {
     EXPECT_EQ(Load(IntReg("One", "0", 1), "One"), 101);
     EXPECT_EQ(Load(IntReg("Three", "0", 3), "Three"), 101);
-    EXPECT_EQ(Load("<FloatReg Name=\"F\"><Address>0</Address><Length>2</Length><pPort>Device</pPort></FloatReg>",
-                   "F"),
-              101);
-    EXPECT_EQ(Load("<IntReg Name=\"NoLen\"><Address>0</Address><pPort>Device</pPort></IntReg>", "NoLen"), 101);
-    EXPECT_EQ(Load("<IntReg Name=\"NoPort\"><Address>0</Address><Length>4</Length></IntReg>", "NoPort"), 101);
+    EXPECT_EQ(
+        Load("<FloatReg "
+             "Name=\"F\"><Address>0</Address><Length>2</Length><pPort>Device</pPort></FloatReg>",
+             "F"),
+        101);
+    EXPECT_EQ(
+        Load("<IntReg Name=\"NoLen\"><Address>0</Address><pPort>Device</pPort></IntReg>", "NoLen"),
+        101);
+    EXPECT_EQ(
+        Load("<IntReg Name=\"NoPort\"><Address>0</Address><Length>4</Length></IntReg>", "NoPort"),
+        101);
     EXPECT_EQ(Load("<StringReg Name=\"Huge\"><Address>0</Address><Length>0xFFFFFFFF</Length>"
                    "<pPort>Device</pPort></StringReg>",
                    "Huge"),
@@ -106,7 +115,8 @@ TEST_F(Registers, TwoByteRegistersGoOnIntoTheEightByteBranch) {
 }
 
 TEST_F(Registers, WriteThroughCacheByDefault) {
-    ASSERT_EQ(Load("<Integer Name=\"A\"><pValue>R</pValue></Integer>" + IntReg("R", "0", 4), "A"), 0);
+    ASSERT_EQ(Load("<Integer Name=\"A\"><pValue>R</pValue></Integer>" + IntReg("R", "0", 4), "A"),
+              0);
     mPort->PutBig(0, 11, 4);
     EXPECT_EQ(GetInt("A"), 11);
     EXPECT_EQ(GetInt("A"), 11);
@@ -141,7 +151,9 @@ TEST_F(Registers, NoCacheReadsTheDeviceEveryTime) {
 TEST_F(Registers, RuntimeWithoutCacheReadsEveryTime) {
     cRuntime* runtime = cRuntime::New(true);
     runtime->AttachPort("Device", mPort);
-    ASSERT_EQ(runtime->Process(test::Document(IntReg("R", "0", 4), "R").c_str(), false, nullptr, false), 0);
+    ASSERT_EQ(
+        runtime->Process(test::Document(IntReg("R", "0", 4), "R").c_str(), false, nullptr, false),
+        0);
     ASSERT_EQ(runtime->Finalize(), 0);
     pNode* r = runtime->SeekNode("R", true);
     cValue v;
@@ -167,7 +179,8 @@ TEST_F(Registers, PortFailuresPassThroughAndKeepTheCache) {
 
 TEST_F(Registers, ReadOnlyPortMakesRegistersUnwriteable) {
     mPort->mWriteable = false;
-    ASSERT_EQ(Load("<Integer Name=\"A\"><pValue>R</pValue></Integer>" + IntReg("R", "0", 4), "A"), 0);
+    ASSERT_EQ(Load("<Integer Name=\"A\"><pValue>R</pValue></Integer>" + IntReg("R", "0", 4), "A"),
+              0);
     EXPECT_FALSE(Node("R")->IsWriteable(mRuntime));
     EXPECT_FALSE(Node("A")->IsWriteable(mRuntime));
     EXPECT_EQ(SetInt("A", 1), 106);
@@ -175,12 +188,14 @@ TEST_F(Registers, ReadOnlyPortMakesRegistersUnwriteable) {
 }
 
 TEST_F(Registers, AddressAndIndex) {
-    ASSERT_EQ(Load("<Integer Name=\"Sel\"><pValue>SelReg</pValue></Integer>" + IntReg("SelReg", "0x500", 4) +
-                       "<IntReg Name=\"R\"><Address>0x1000</Address><pIndex Offset=\"8\">Sel</pIndex>"
-                       "<Length>4</Length><AccessMode>RW</AccessMode><pPort>Device</pPort></IntReg>"
-                       "<Integer Name=\"A\"><pValue>R</pValue></Integer>",
-                   "Sel A"),
-              0);
+    ASSERT_EQ(
+        Load("<Integer Name=\"Sel\"><pValue>SelReg</pValue></Integer>" +
+                 IntReg("SelReg", "0x500", 4) +
+                 "<IntReg Name=\"R\"><Address>0x1000</Address><pIndex Offset=\"8\">Sel</pIndex>"
+                 "<Length>4</Length><AccessMode>RW</AccessMode><pPort>Device</pPort></IntReg>"
+                 "<Integer Name=\"A\"><pValue>R</pValue></Integer>",
+             "Sel A"),
+        0);
     mPort->PutBig(0x1000, 100, 4);
     mPort->PutBig(0x1010, 102, 4);
     EXPECT_EQ(GetInt("A"), 100);
@@ -193,10 +208,36 @@ TEST_F(Registers, AddressAndIndex) {
     EXPECT_EQ(address, 0x1010u);
 }
 
+TEST_F(Registers, AddressesWrapAt64Bits) {
+    // Unsigned 8-byte registers give an address and an index near 2^64.
+    ASSERT_EQ(Load(IntReg("Base", "0x100", 8) + IntReg("Back", "0x108", 8) +
+                       "<Integer Name=\"Sel\"><Value>2</Value></Integer>"
+                       "<IntReg Name=\"Up\"><pAddress>Base</pAddress><pIndex "
+                       "Offset=\"16\">Sel</pIndex>"
+                       "<Length>4</Length><pPort>Device</pPort></IntReg>"
+                       "<IntReg Name=\"Down\"><Address>0x20</Address><pIndex "
+                       "Offset=\"16\">Back</pIndex>"
+                       "<Length>4</Length><pPort>Device</pPort></IntReg>",
+                   "Up Down"),
+              0);
+    mPort->PutBig(0x100, 0xFFFFFFFFFFFFFFF0ull, 8);
+    mPort->PutBig(0x108, 0xFFFFFFFFFFFFFFFFull, 8);
+    mPort->PutBig(0x10, 77, 4);
+    // 2^64 - 16 + 2 x 16 and 32 + (2^64 - 1) x 16 are both 16.
+    for (const char* name : {"Up", "Down"}) {
+        u8 address = 0;
+        ASSERT_EQ(static_cast<cIntRegNode*>(Node(name))->ComputeAddress(mRuntime, address), 0);
+        EXPECT_EQ(address, 0x10u) << name;
+        EXPECT_EQ(GetInt(name), 77) << name;
+    }
+}
+
 TEST_F(Registers, AliasesAtOneAddressDropEachOther) {
-    ASSERT_EQ(Load("<Integer Name=\"A\"><pValue>R1</pValue></Integer><Integer Name=\"B\"><pValue>R2</pValue>"
+    ASSERT_EQ(Load("<Integer Name=\"A\"><pValue>R1</pValue></Integer><Integer "
+                   "Name=\"B\"><pValue>R2</pValue>"
                    "</Integer>" +
-                       IntReg("R1", "0x40", 4) + IntReg("R2", "0x40", 4) + IntReg("Other", "0x44", 4),
+                       IntReg("R1", "0x40", 4) + IntReg("R2", "0x40", 4) +
+                       IntReg("Other", "0x44", 4),
                    "A B Other"),
               0);
     EXPECT_EQ(GetInt("A"), 0);
@@ -211,16 +252,20 @@ TEST_F(Registers, AliasesAtOneAddressDropEachOther) {
 }
 
 TEST_F(Registers, MaskedBitNumbering) {
-    ASSERT_EQ(Load("<MaskedIntReg Name=\"M\"><Address>0</Address><Length>4</Length><AccessMode>RW</AccessMode>"
-                   "<pPort>Device</pPort><LSB>15</LSB><MSB>0</MSB><Endianess>BigEndian</Endianess>"
-                   "</MaskedIntReg>"
-                   "<MaskedIntReg Name=\"L\"><Address>0x10</Address><Length>4</Length><AccessMode>RW</AccessMode>"
-                   "<pPort>Device</pPort><LSB>4</LSB><MSB>7</MSB><Endianess>LittleEndian</Endianess>"
-                   "<Sign>Signed</Sign></MaskedIntReg>"
-                   "<MaskedIntReg Name=\"Bit\"><Address>0x20</Address><Length>4</Length><AccessMode>WO</AccessMode>"
-                   "<pPort>Device</pPort><Bit>31</Bit></MaskedIntReg>",
-                   "M L Bit"),
-              0);
+    ASSERT_EQ(
+        Load("<MaskedIntReg "
+             "Name=\"M\"><Address>0</Address><Length>4</Length><AccessMode>RW</AccessMode>"
+             "<pPort>Device</pPort><LSB>15</LSB><MSB>0</MSB><Endianess>BigEndian</Endianess>"
+             "</MaskedIntReg>"
+             "<MaskedIntReg "
+             "Name=\"L\"><Address>0x10</Address><Length>4</Length><AccessMode>RW</AccessMode>"
+             "<pPort>Device</pPort><LSB>4</LSB><MSB>7</MSB><Endianess>LittleEndian</Endianess>"
+             "<Sign>Signed</Sign></MaskedIntReg>"
+             "<MaskedIntReg "
+             "Name=\"Bit\"><Address>0x20</Address><Length>4</Length><AccessMode>WO</AccessMode>"
+             "<pPort>Device</pPort><Bit>31</Bit></MaskedIntReg>",
+             "M L Bit"),
+        0);
     auto* m = static_cast<cMaskedIntRegNode*>(Node("M"));
     EXPECT_EQ(m->Field().first, 16u);
     EXPECT_EQ(m->Field().last, 31u);
@@ -242,31 +287,85 @@ TEST_F(Registers, MaskedBitNumbering) {
     EXPECT_TRUE(v.Bool());
 }
 
+namespace {
+
+// A signed little-endian field of register bits 0 to aMsb, as a masked
+// register and as a struct entry.
+std::string SignedFields(const char* aName, int aMsb, int aAddress) {
+    std::string bits = "<LSB>0</LSB><MSB>" + std::to_string(aMsb) + "</MSB><Sign>Signed</Sign>";
+    std::string where = "<Address>" + std::to_string(aAddress) +
+                        "</Address><Length>4</Length><AccessMode>RW</AccessMode>"
+                        "<pPort>Device</pPort><Endianess>LittleEndian</Endianess>";
+    return std::string("<MaskedIntReg Name=\"M") + aName + "\">" + where + bits +
+           "</MaskedIntReg><StructReg Comment=\"S" + aName + "\">" + where +
+           "<StructEntry Name=\"E" + aName + "\">" + bits + "</StructEntry></StructReg>";
+}
+
+} // namespace
+
+TEST_F(Registers, SignedFieldsExtendByWholeBytes) {
+    ASSERT_EQ(Load(SignedFields("8", 7, 0) + SignedFields("12", 11, 0x10) +
+                       SignedFields("16", 15, 0x20) + SignedFields("24", 23, 0x30),
+                   "M8 E8 M12 E12 M16 E16 M24 E24"),
+              0);
+    struct tCase {
+        const char* bits;
+        llk::u8 address;
+        llk::u8 stored;
+        llk::i8 read;
+    } cases[] = {
+        {"8", 0, 0x80, -128},
+        {"8", 0, 0xFF, -1},
+        // 12 bits take two bytes: they extend from bit 15, so 0xFFF is no -1.
+        {"12", 0x10, 0xFFF, 4095},
+        {"12", 0x10, 0x800, 2048},
+        {"16", 0x20, 0xFFFF, -1},
+        {"16", 0x20, 0x8000, -32768},
+        // Three bytes are no width to extend from.
+        {"24", 0x30, 0xFFFFFF, 0xFFFFFF},
+    };
+    for (const tCase& c : cases) {
+        SCOPED_TRACE(std::string(c.bits) + " bits hold " + std::to_string(c.stored));
+        mPort->PutLittle(c.address, c.stored, 4);
+        for (const char* kind : {"M", "E"}) {
+            std::string name = kind + std::string(c.bits);
+            Node(name.c_str())->Invalidate(mRuntime);
+            Node(("$S" + std::string(c.bits)).c_str())->Invalidate(mRuntime); // the holder's cache
+            EXPECT_EQ(GetInt(name.c_str()), c.read) << name;
+        }
+    }
+}
+
 TEST_F(Registers, AbsurdBitNumbersAre104) {
     const char* bad[] = {"<LSB>32</LSB><MSB>0</MSB>", "<LSB>-1</LSB><MSB>0</MSB>", "<Bit>40</Bit>",
                          "<LSB>x</LSB><MSB>0</MSB>"};
     for (const char* bits : bad) {
         SCOPED_TRACE(bits);
         cRuntime* runtime = cRuntime::New(false);
-        std::string nodes = std::string("<MaskedIntReg Name=\"M\"><Address>0</Address><Length>4</Length>"
-                                        "<pPort>Device</pPort><Endianess>LittleEndian</Endianess>") +
-                            bits + "</MaskedIntReg>";
+        std::string nodes =
+            std::string("<MaskedIntReg Name=\"M\"><Address>0</Address><Length>4</Length>"
+                        "<pPort>Device</pPort><Endianess>LittleEndian</Endianess>") +
+            bits + "</MaskedIntReg>";
         EXPECT_EQ(runtime->Process(test::Document(nodes, "M").c_str(), false, nullptr, false), 101);
     }
     // LSB and MSB are both required.
-    EXPECT_EQ(Load("<MaskedIntReg Name=\"M\"><Address>0</Address><Length>4</Length><pPort>Device</pPort>"
-                   "<LSB>1</LSB></MaskedIntReg>",
-                   "M"),
-              101);
+    EXPECT_EQ(
+        Load("<MaskedIntReg Name=\"M\"><Address>0</Address><Length>4</Length><pPort>Device</pPort>"
+             "<LSB>1</LSB></MaskedIntReg>",
+             "M"),
+        101);
 }
 
 TEST_F(Registers, FloatRegisters) {
-    ASSERT_EQ(Load("<FloatReg Name=\"F4\"><Address>0</Address><Length>4</Length><AccessMode>RW</AccessMode>"
-                   "<pPort>Device</pPort><Endianess>BigEndian</Endianess></FloatReg>"
-                   "<FloatReg Name=\"F8\"><Address>0x10</Address><Length>8</Length><AccessMode>RW</AccessMode>"
-                   "<pPort>Device</pPort><Endianess>LittleEndian</Endianess></FloatReg>",
-                   "F4 F8"),
-              0);
+    ASSERT_EQ(
+        Load("<FloatReg "
+             "Name=\"F4\"><Address>0</Address><Length>4</Length><AccessMode>RW</AccessMode>"
+             "<pPort>Device</pPort><Endianess>BigEndian</Endianess></FloatReg>"
+             "<FloatReg "
+             "Name=\"F8\"><Address>0x10</Address><Length>8</Length><AccessMode>RW</AccessMode>"
+             "<pPort>Device</pPort><Endianess>LittleEndian</Endianess></FloatReg>",
+             "F4 F8"),
+        0);
     mPort->PutBig(0, 0x40490FDB, 4); // 3.14159274f
     EXPECT_FLOAT_EQ(static_cast<float>(GetReal("F4")), 3.14159274f);
     ASSERT_EQ(SetReal("F4", 0.1), 0);
@@ -279,7 +378,8 @@ TEST_F(Registers, FloatRegisters) {
 }
 
 TEST_F(Registers, StringRegisters) {
-    ASSERT_EQ(Load("<StringReg Name=\"S\"><Address>0x80</Address><Length>8</Length><AccessMode>RW</AccessMode>"
+    ASSERT_EQ(Load("<StringReg "
+                   "Name=\"S\"><Address>0x80</Address><Length>8</Length><AccessMode>RW</AccessMode>"
                    "<pPort>Device</pPort></StringReg>",
                    "S"),
               0);
@@ -300,14 +400,16 @@ TEST_F(Registers, StringRegisters) {
 }
 
 TEST_F(Registers, StructEntriesShareTheirHolder) {
-    ASSERT_EQ(Load("<StructReg Comment=\"Flags\"><Address>0x60</Address><Length>4</Length>"
-                   "<AccessMode>RW</AccessMode><pPort>Device</pPort><Endianess>LittleEndian</Endianess>"
-                   "<StructEntry Name=\"Low\"><LSB>0</LSB><MSB>7</MSB></StructEntry>"
-                   "<StructEntry Name=\"High\"><LSB>8</LSB><MSB>15</MSB><Cachable>NoCache</Cachable></StructEntry>"
-                   "<StructEntry Name=\"Top\"><Bit>31</Bit></StructEntry>"
-                   "</StructReg><Integer Name=\"Flags\"><Value>1</Value></Integer>",
-                   "Low High Top Flags"),
-              0);
+    ASSERT_EQ(
+        Load("<StructReg Comment=\"Flags\"><Address>0x60</Address><Length>4</Length>"
+             "<AccessMode>RW</AccessMode><pPort>Device</pPort><Endianess>LittleEndian</Endianess>"
+             "<StructEntry Name=\"Low\"><LSB>0</LSB><MSB>7</MSB></StructEntry>"
+             "<StructEntry "
+             "Name=\"High\"><LSB>8</LSB><MSB>15</MSB><Cachable>NoCache</Cachable></StructEntry>"
+             "<StructEntry Name=\"Top\"><Bit>31</Bit></StructEntry>"
+             "</StructReg><Integer Name=\"Flags\"><Value>1</Value></Integer>",
+             "Low High Top Flags"),
+        0);
     pNode* holder = Node("$Flags");
     ASSERT_NE(holder, nullptr);
     EXPECT_EQ(holder->GetPath(), nullptr);
@@ -327,24 +429,26 @@ TEST_F(Registers, StructEntriesShareTheirHolder) {
 }
 
 TEST_F(Registers, StructHolderNamesAreUnique) {
-    ASSERT_EQ(Load("<Integer Name=\"$S\"><Value>1</Value></Integer>"
-                   "<StructReg Comment=\"S\"><Address>0</Address><Length>4</Length><pPort>Device</pPort>"
-                   "<StructEntry Name=\"E1\"><Bit>0</Bit></StructEntry></StructReg>",
-                   "E1"),
-              0);
+    ASSERT_EQ(
+        Load("<Integer Name=\"$S\"><Value>1</Value></Integer>"
+             "<StructReg Comment=\"S\"><Address>0</Address><Length>4</Length><pPort>Device</pPort>"
+             "<StructEntry Name=\"E1\"><Bit>0</Bit></StructEntry></StructReg>",
+             "E1"),
+        0);
     EXPECT_NE(Node("$S_2"), nullptr);
 }
 
 TEST_F(Registers, RawSpans) {
-    ASSERT_EQ(Load("<Register Name=\"Block\"><Address>0x200</Address><Length>16</Length>"
-                   "<AccessMode>RW</AccessMode><pPort>Device</pPort></Register>"
-                   "<Integer Name=\"A\"><pValue>R</pValue></Integer>" +
-                       IntReg("R", "0x300", 4) +
-                       "<Integer Name=\"BlockUser\"><pValue>BU</pValue><pInvalidator>Block</pInvalidator>"
-                       "</Integer>" +
-                       IntReg("BU", "0x400", 4),
-                   "Block A BlockUser"),
-              0);
+    ASSERT_EQ(
+        Load("<Register Name=\"Block\"><Address>0x200</Address><Length>16</Length>"
+             "<AccessMode>RW</AccessMode><pPort>Device</pPort></Register>"
+             "<Integer Name=\"A\"><pValue>R</pValue></Integer>" +
+                 IntReg("R", "0x300", 4) +
+                 "<Integer Name=\"BlockUser\"><pValue>BU</pValue><pInvalidator>Block</pInvalidator>"
+                 "</Integer>" +
+                 IntReg("BU", "0x400", 4),
+             "Block A BlockUser"),
+        0);
     auto* block = static_cast<cMemoryNode*>(Node("Block"));
     EXPECT_EQ(block->Length(mRuntime), 16u);
     llk::u1 bytes[16] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};

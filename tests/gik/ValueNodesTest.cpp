@@ -23,7 +23,8 @@ std::string Reg(const char* aName, const char* aAddress, const char* aExtra = ""
 } // namespace
 
 TEST_F(ValueNodes, IntegerRangeAndIncrement) {
-    ASSERT_EQ(Load("<Integer Name=\"A\"><pValue>R</pValue><Min>1</Min><Max>100</Max><Inc>2</Inc></Integer>" +
+    ASSERT_EQ(Load("<Integer "
+                   "Name=\"A\"><pValue>R</pValue><Min>1</Min><Max>100</Max><Inc>2</Inc></Integer>" +
                        Reg("R", "0"),
                    "A"),
               0);
@@ -42,7 +43,8 @@ TEST_F(ValueNodes, IntegerRangeAndIncrement) {
 }
 
 TEST_F(ValueNodes, IntegerTruncatesARealBeforeTheCheck) {
-    ASSERT_EQ(Load("<Integer Name=\"A\"><pValue>R</pValue><Min>0</Min><Max>3</Max></Integer>" + Reg("R", "0"),
+    ASSERT_EQ(Load("<Integer Name=\"A\"><pValue>R</pValue><Min>0</Min><Max>3</Max></Integer>" +
+                       Reg("R", "0"),
                    "A"),
               0);
     EXPECT_EQ(SetReal("A", 3.9), 0);
@@ -66,8 +68,10 @@ TEST_F(ValueNodes, IntegerRangeComesFromTheTargetWhenLeftOpen) {
 }
 
 TEST_F(ValueNodes, IntegerWithoutValueIsAWriteableConstant) {
-    ASSERT_EQ(Load("<Integer Name=\"A\"/><Integer Name=\"B\"><Value>-5</Value><pMax>A</pMax></Integer>", "A B"),
-              0);
+    ASSERT_EQ(
+        Load("<Integer Name=\"A\"/><Integer Name=\"B\"><Value>-5</Value><pMax>A</pMax></Integer>",
+             "A B"),
+        0);
     EXPECT_EQ(GetInt("A"), 0);
     EXPECT_EQ(SetInt("A", 42), 0);
     EXPECT_EQ(GetInt("A"), 42);
@@ -111,11 +115,14 @@ TEST_F(ValueNodes, FloatDefaultsAreTheDoubleLimits) {
 }
 
 TEST_F(ValueNodes, BooleanReadsTrueOnlyForOnValue) {
-    ASSERT_EQ(Load("<Boolean Name=\"B\"><pValue>R</pValue><OnValue>1</OnValue><OffValue>0</OffValue></Boolean>"
-                   "<Boolean Name=\"C\"><pValue>R</pValue><OnValue>5</OnValue><OffValue>9</OffValue></Boolean>" +
-                       Reg("R", "0"),
-                   "B C"),
-              0);
+    ASSERT_EQ(
+        Load("<Boolean "
+             "Name=\"B\"><pValue>R</pValue><OnValue>1</OnValue><OffValue>0</OffValue></Boolean>"
+             "<Boolean "
+             "Name=\"C\"><pValue>R</pValue><OnValue>5</OnValue><OffValue>9</OffValue></Boolean>" +
+                 Reg("R", "0"),
+             "B C"),
+        0);
     mPort->PutBig(0, 7, 4);
     cValue v;
     ASSERT_EQ(Get("B", v), 0);
@@ -141,18 +148,21 @@ TEST_F(ValueNodes, BooleanDefaults) {
 }
 
 TEST_F(ValueNodes, EnumerationByNameAndNumber) {
-    ASSERT_EQ(Load("<Enumeration Name=\"E\"><pValue>R</pValue>"
-                   "<EnumEntry Name=\"Off\"><Value>0</Value><DisplayName>Switched off</DisplayName></EnumEntry>"
-                   "<EnumEntry Name=\"On\" NameSpace=\"Standard\"><Value>1</Value><ToolTip>tip</ToolTip>"
-                   "<Description>d</Description><Visibility>Expert</Visibility></EnumEntry>"
-                   "<EnumEntry Name=\"Five\"><Value>5</Value></EnumEntry>"
-                   "<EnumEntry Name=\"AlsoFive\"><Value>5</Value></EnumEntry>"
-                   "<EnumEntry Name=\"Gone\"><Value>6</Value><pIsImplemented>No</pIsImplemented></EnumEntry>"
-                   "<EnumEntry Name=\"Busy\"><Value>7</Value><pIsAvailable>No</pIsAvailable></EnumEntry>"
-                   "</Enumeration><Integer Name=\"No\"><Value>0</Value></Integer>" +
-                       Reg("R", "0"),
-                   "E"),
-              0);
+    ASSERT_EQ(
+        Load("<Enumeration Name=\"E\"><pValue>R</pValue>"
+             "<EnumEntry Name=\"Off\"><Value>0</Value><DisplayName>Switched "
+             "off</DisplayName></EnumEntry>"
+             "<EnumEntry Name=\"On\" NameSpace=\"Standard\"><Value>1</Value><ToolTip>tip</ToolTip>"
+             "<Description>d</Description><Visibility>Expert</Visibility></EnumEntry>"
+             "<EnumEntry Name=\"Five\"><Value>5</Value></EnumEntry>"
+             "<EnumEntry Name=\"AlsoFive\"><Value>5</Value></EnumEntry>"
+             "<EnumEntry "
+             "Name=\"Gone\"><Value>6</Value><pIsImplemented>No</pIsImplemented></EnumEntry>"
+             "<EnumEntry Name=\"Busy\"><Value>7</Value><pIsAvailable>No</pIsAvailable></EnumEntry>"
+             "</Enumeration><Integer Name=\"No\"><Value>0</Value></Integer>" +
+                 Reg("R", "0"),
+             "E"),
+        0);
     EXPECT_EQ(GetText("E"), "Off");
     EXPECT_EQ(SetText("E", "On"), 0);
     EXPECT_EQ(mPort->GetBig(0, 4), 1u);
@@ -214,7 +224,8 @@ TEST_F(ValueNodes, EnumerationByNameAndNumber) {
 
 TEST_F(ValueNodes, EnumerationWithoutEntriesIsNeverImplemented) {
     ASSERT_EQ(Load("<Enumeration Name=\"E\"><Value>0</Value></Enumeration>"
-                   "<Enumeration Name=\"F\"><Value>0</Value><EnumEntry Name=\"X\"><Value>0</Value></EnumEntry>"
+                   "<Enumeration Name=\"F\"><Value>0</Value><EnumEntry "
+                   "Name=\"X\"><Value>0</Value></EnumEntry>"
                    "</Enumeration>",
                    "E F"),
               0);
@@ -222,15 +233,18 @@ TEST_F(ValueNodes, EnumerationWithoutEntriesIsNeverImplemented) {
 }
 
 TEST_F(ValueNodes, EnumerationUnreadableEntryValueIs104) {
-    EXPECT_EQ(Load("<Enumeration Name=\"E\"><EnumEntry Name=\"X\"><Value>zz</Value></EnumEntry></Enumeration>", "E"),
+    EXPECT_EQ(Load("<Enumeration Name=\"E\"><EnumEntry "
+                   "Name=\"X\"><Value>zz</Value></EnumEntry></Enumeration>",
+                   "E"),
               101);
 }
 
 TEST_F(ValueNodes, CommandExecutesAndCompletes) {
-    ASSERT_EQ(Load("<Command Name=\"C\"><pValue>R</pValue><CommandValue>1</CommandValue></Command>" +
-                       Reg("R", "0x20"),
-                   "C"),
-              0);
+    ASSERT_EQ(
+        Load("<Command Name=\"C\"><pValue>R</pValue><CommandValue>1</CommandValue></Command>" +
+                 Reg("R", "0x20"),
+             "C"),
+        0);
     auto* c = static_cast<cCommandNode*>(Node("C"));
     ASSERT_EQ(c->Execute(mRuntime), 0);
     EXPECT_EQ(mPort->GetBig(0x20, 4), 1u);
@@ -254,12 +268,14 @@ TEST_F(ValueNodes, CommandWithNothingToCompareIs7) {
 }
 
 TEST_F(ValueNodes, StringNodeOverAConstantAndARegister) {
-    ASSERT_EQ(Load("<String Name=\"S\"><Value>hello</Value></String>"
-                   "<String Name=\"T\"><pValue>SR</pValue></String>"
-                   "<StringReg Name=\"SR\"><Address>0x40</Address><Length>8</Length><AccessMode>RW</AccessMode>"
-                   "<pPort>Device</pPort></StringReg>",
-                   "S T"),
-              0);
+    ASSERT_EQ(
+        Load("<String Name=\"S\"><Value>hello</Value></String>"
+             "<String Name=\"T\"><pValue>SR</pValue></String>"
+             "<StringReg "
+             "Name=\"SR\"><Address>0x40</Address><Length>8</Length><AccessMode>RW</AccessMode>"
+             "<pPort>Device</pPort></StringReg>",
+             "S T"),
+        0);
     EXPECT_EQ(GetText("S"), "hello");
     EXPECT_EQ(SetText("S", "world"), 0);
     EXPECT_EQ(GetText("S"), "world");
