@@ -42,19 +42,23 @@ bench:
 	$(call configure,bench,Release,-DTAVIK_BENCH=ON)
 	@for b in build/bench/bench/*/tavik_bench_*; do echo "== $$b"; $$b; done
 
-# The feature kernel's fuzz targets (libFuzzer), FUZZ_SECONDS each; the
-# corpora grow under build/fuzz, findings land there too.
+# The fuzz targets (libFuzzer), FUZZ_SECONDS each, one after the other;
+# FUZZ_TARGETS picks some. The corpora grow under build/fuzz, findings land
+# there too. Each target: name, seed folder, longest input, dictionary.
 FUZZ_SECONDS ?= 300
+FUZZ_TARGETS ?= document formula zip settings
+FUZZ_document = gik_fuzz_document document 16384 -dict=fuzz/document.dict
+FUZZ_formula = gik_fuzz_formula formula 1024 -dict=fuzz/formula.dict
+FUZZ_zip = tvk_fuzz_zip zip 65536
+FUZZ_settings = llk_fuzz_settings settings 4096 -dict=fuzz/document.dict
 fuzz:
 	@scripts/install-deps clang-14 libclang-rt-14-dev
 	@test -f build/fuzz/build.ninja || cmake -S . -B build/fuzz -G Ninja -DCMAKE_BUILD_TYPE=Release \
 		-DCMAKE_C_COMPILER=clang-14 -DCMAKE_CXX_COMPILER=clang++-14 -DTAVIK_FUZZ=ON -DTAVIK_TESTS=OFF
-	cmake --build build/fuzz --target gik_fuzz_document gik_fuzz_formula -j $(NINJA_JOBS)
-	mkdir -p build/fuzz/corpus-document build/fuzz/corpus-formula
-	build/fuzz/fuzz/gik_fuzz_document -max_total_time=$(FUZZ_SECONDS) -max_len=16384 -timeout=20 \
-		-dict=fuzz/document.dict -artifact_prefix=build/fuzz/ build/fuzz/corpus-document fuzz/seeds/document
-	build/fuzz/fuzz/gik_fuzz_formula -max_total_time=$(FUZZ_SECONDS) -max_len=1024 -timeout=20 \
-		-dict=fuzz/formula.dict -artifact_prefix=build/fuzz/ build/fuzz/corpus-formula fuzz/seeds/formula
+	cmake --build build/fuzz --target $(foreach t,$(FUZZ_TARGETS),$(word 1,$(FUZZ_$(t)))) -j $(NINJA_JOBS)
+	@set -e; $(foreach t,$(FUZZ_TARGETS),set -- $(FUZZ_$(t)); mkdir -p build/fuzz/corpus-$$2; \
+		echo "== $$1"; build/fuzz/fuzz/$$1 -max_total_time=$(FUZZ_SECONDS) -max_len=$$3 -timeout=20 \
+		$$4 -artifact_prefix=build/fuzz/ build/fuzz/corpus-$$2 fuzz/seeds/$$2;)
 
 format:
 	git ls-files '*.h' '*.hpp' '*.cpp' '*.c' | xargs clang-format -i

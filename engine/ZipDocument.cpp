@@ -2,11 +2,14 @@
 
 #include <zlib.h>
 
+#include <cstring>
+
 namespace tvk {
 
 namespace {
 constexpr llk::u4 kLocalHeader = 0x04034B50;
 constexpr llk::u4 kHeaderSize = 30;
+constexpr llk::u4 kMethodStored = 0;
 
 llk::u4 Read16(const llk::u1* aBytes) {
     return aBytes[0] | (aBytes[1] << 8);
@@ -28,6 +31,12 @@ llk::i4 ZIPScanBuffer(const llk::u1* aImage, llk::u4 aLength, tZIPStream& aStrea
 }
 
 llk::i4 ZIPPuffBuffer(const llk::u1* aImage, const tZIPStream& aStream, llk::u1* aOut) {
+    // Some tools store a small document rather than deflate it.
+    if (Read16(aImage + 8) == kMethodStored) {
+        if (aStream.packedSize != aStream.unpackedSize) return 1;
+        memcpy(aOut, aImage + aStream.offset, aStream.unpackedSize);
+        return 0;
+    }
     z_stream stream{};
     // Raw deflate: ZIP entries carry no zlib header.
     if (inflateInit2(&stream, -15) != Z_OK) return 1;

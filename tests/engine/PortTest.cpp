@@ -211,6 +211,26 @@ TEST_F(PortTest, ZippedDocumentInflatesToThePlainOne) {
     std::filesystem::remove(config);
 }
 
+TEST(ZipDocumentTest, StoredEntriesAreCopied) {
+    // A local file header of method 0 (stored) around "<Doc/>".
+    const std::string text = "<Doc/>";
+    std::vector<llk::u1> image(30, 0);
+    const llk::u1 header[] = {0x50, 0x4B, 0x03, 0x04};
+    std::copy(std::begin(header), std::end(header), image.begin());
+    image[18] = image[22] = static_cast<llk::u1>(text.size());
+    image.insert(image.end(), text.begin(), text.end());
+    tZIPStream stream{};
+    ASSERT_EQ(ZIPScanBuffer(image.data(), static_cast<llk::u4>(image.size()), stream), 0);
+    std::vector<llk::u1> out(stream.unpackedSize);
+    ASSERT_EQ(ZIPPuffBuffer(image.data(), stream, out.data()), 0);
+    EXPECT_EQ(std::string(out.begin(), out.end()), text);
+    // A stored entry whose two sizes differ is no document.
+    image[22] = 9;
+    ASSERT_EQ(ZIPScanBuffer(image.data(), static_cast<llk::u4>(image.size()), stream), 0);
+    out.resize(stream.unpackedSize);
+    EXPECT_EQ(ZIPPuffBuffer(image.data(), stream, out.data()), 1);
+}
+
 // A delegate with a small register block, as chunk data are served.
 class cBlock : public pPortDelegate {
 public:
