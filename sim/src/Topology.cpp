@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "FrameGenerator.h"
+#include "Producer.h"
 
 namespace sim {
 
@@ -147,8 +148,19 @@ uint32_t TypeCode(const std::string& aTlType) {
     return 1;
 }
 
+// The configuration named after the module, beside it: "Lab.xml" for
+// "Lab.cti". Copies of the simulator loaded together can differ that way.
+std::string ConfigBesideModule() {
+    const std::string module = ModulePath();
+    const size_t dot = module.rfind('.');
+    if (dot == std::string::npos || module.find('/', dot) != std::string::npos) return {};
+    return module.substr(0, dot) + ".xml";
+}
+
 tTopology LoadTopology() {
     tTopology t;
+    const std::string beside = ConfigBesideModule();
+    if (!beside.empty() && ParseTopology(beside, t)) return t;
     const char* path = getenv("TAVIK_SIM_CONFIG");
     if (path && *path && ParseTopology(path, t)) return t;
     return DefaultTopology();

@@ -57,7 +57,8 @@ std::string LayerType(const tTopology& aTopology);
 // Custom 1, GigEVision 2 ("GEV"), USB3Vision 3 ("U3V" or "USB3").
 uint32_t TypeCode(const std::string& aTlType);
 
-// The topology of TAVIK_SIM_CONFIG, or the default when unset or unreadable.
+// The topology of the file named after the module beside it ("Lab.xml" for
+// "Lab.cti"), else of TAVIK_SIM_CONFIG, else the default.
 tTopology LoadTopology();
 tTopology DefaultTopology();
 // Parses a configuration document; false when it is not one.
