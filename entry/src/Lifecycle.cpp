@@ -18,6 +18,13 @@ TvkError_t LoadProducers(tLocalData& aLocal) {
     return MakeTLs(aLocal.transportLayers, aLocal.global) ? TvkErrorSuccess : TvkErrorNoTL;
 }
 
+// Each producer's system, its interfaces and their device lists; returns
+// once every system has listed its interfaces.
+void StartSystems(tLocalData& aLocal) {
+    MakeSystems(aLocal.transportLayers, aLocal.global);
+    WaitSystems(aLocal.transportLayers);
+}
+
 // After a failed start: the producers unload and the table closes; the map
 // keeps its entries for the next attempt.
 void UnloadProducers(tLocalData& aLocal) {
@@ -27,10 +34,11 @@ void UnloadProducers(tLocalData& aLocal) {
 
 // ---- Steps of the stop ----
 
-// With the mutex held: inserts fail from here, and every actor in the table
-// ends.
+// With the mutex held: inserts fail from here, the systems end first, then
+// every actor left in the table (interfaces, cameras, the Supervisor).
 void EndActors(tLocalData& aLocal) {
     aLocal.global->Disable(true);
+    EndSystems(aLocal.transportLayers, aLocal.global);
     aLocal.global->RemoveAll();
 }
 
@@ -50,6 +58,7 @@ void WaitWhileStopping(tLocalData& aLocal) {
 TvkError_t StartModule(tLocalData& aLocal) {
     TvkError_t status = LoadProducers(aLocal);
     if (status == TvkErrorSuccess) status = StartSupervisor(aLocal);
+    if (status == TvkErrorSuccess) StartSystems(aLocal);
     if (status == TvkErrorSuccess)
         aLocal.started = true;
     else
@@ -71,8 +80,9 @@ void StopModule(tLocalData& aLocal, llk::uAutoreleasePool& aPool) {
     // The Supervisor ends and the aggregates stop without the mutex: their
     // threads may still be finishing calls that need it.
     aLocal.mutex->Unlock();
-    // Calls inside may still hold the Supervisor, some from its own
-    // callbacks; it ends once they are out, on this thread.
+    // Calls still inside may hold proxies whose actors run on the
+    // aggregates, some from callbacks: they finish first, and the Supervisor
+    // ends once they are out, on this thread.
     aLocal.junction->Wait(0);
     llk::ReleaseAndClear(supervisor);
     ReleaseAggregates(aLocal);

@@ -1,10 +1,12 @@
 #include "TransportLayers.h"
 
+#include <algorithm>
 #include <cstring>
 #include <string>
 
 #include "engine/Aggregate.h"
 #include "engine/Global.h"
+#include "engine/System.h"
 #include "kit/Directory.h"
 #include "kit/Env.h"
 #include "kit/ObjectList.h"
@@ -22,12 +24,17 @@ llk::i4 cGenTL::Initialize(const char* aPath) {
 }
 
 cGenTL::~cGenTL() {
+    llk::ReleaseAndClear(mSystem);
     llk::ReleaseAndClear(mAggregate);
     llk::ReleaseAndClear(mPath);
 }
 
 void cGenTL::SetAggregate(tvk::cAggregate* aAggregate) {
     llk::Assign(mAggregate, aAggregate);
+}
+
+void cGenTL::SetSystem(tvk::cSystemProxy* aSystem) {
+    llk::Assign(mSystem, aSystem);
 }
 
 void ScanTLs(llk::cObjectMap* aMap, const char* aDirectory) {
@@ -77,6 +84,40 @@ bool MakeTLs(llk::cObjectMap* aMap, tvk::cGlobal* aGlobal) {
         any = any || tl->GetAggregate();
     }
     return any;
+}
+
+void MakeSystems(llk::cObjectMap* aMap, tvk::cGlobal* aGlobal) {
+    for (llk::u4 i = 0; i < aMap->Count(); ++i) {
+        auto* tl = static_cast<cGenTL*>(aMap->AtIndex(i));
+        if (!tl->GetAggregate()) continue;
+        tvk::cSystemProxy* system =
+            tvk::cSystemProxy::New(tl->GetPath()->Chars(), tl->GetAggregate());
+        if (system && aGlobal->Insert(system, nullptr) == llk::kOk) tl->SetSystem(system);
+    }
+}
+
+void WaitSystems(llk::cObjectMap* aMap) {
+    for (llk::u4 i = 0; i < aMap->Count(); ++i) {
+        tvk::cSystemProxy* system = static_cast<cGenTL*>(aMap->AtIndex(i))->GetSystem();
+        if (!system) continue;
+        // The first scan takes a few milliseconds: look often at first,
+        // then every 50 ms for as long as it takes.
+        llk::u4 pause = 1;
+        bool ready = false;
+        while (system->IsReady(ready) == llk::kOk && !ready) {
+            llk::sEnv::Snooze(pause);
+            pause = std::min(pause * 2, 50u);
+        }
+    }
+}
+
+void EndSystems(llk::cObjectMap* aMap, tvk::cGlobal* aGlobal) {
+    for (llk::u4 i = 0; i < aMap->Count(); ++i) {
+        auto* tl = static_cast<cGenTL*>(aMap->AtIndex(i));
+        if (!tl->GetSystem()) continue;
+        aGlobal->Remove(tl->GetSystem());
+        tl->SetSystem(nullptr);
+    }
 }
 
 void ReleaseTLs(llk::cObjectMap* aMap) {

@@ -11,6 +11,7 @@ class cObjectMap;
 namespace tvk {
 class cAggregate;
 class cGlobal;
+class cSystemProxy;
 } // namespace tvk
 
 // One ".cti" file and what was built from it.
@@ -25,10 +26,14 @@ public:
     tvk::cAggregate* GetAggregate() const { return mAggregate; }
     // Retains the new aggregate before it releases the old one.
     void SetAggregate(tvk::cAggregate* aAggregate);
+    // The producer's system, while started.
+    tvk::cSystemProxy* GetSystem() const { return mSystem; }
+    void SetSystem(tvk::cSystemProxy* aSystem);
 
 private:
     llk::cString* mPath = nullptr;
     tvk::cAggregate* mAggregate = nullptr;
+    tvk::cSystemProxy* mSystem = nullptr;
 };
 
 // Adds every ".cti" of aDirectory that is not yet in the map, by file name.
@@ -42,6 +47,13 @@ void ScanSearchPath(llk::cObjectMap* aMap);
 // Builds each producer's aggregate, in map order, replacing any old one; true
 // when at least one producer loaded.
 bool MakeTLs(llk::cObjectMap* aMap, tvk::cGlobal* aGlobal);
+// Makes each loaded producer's system and puts it in the handle table; a
+// system that cannot be made leaves its producer without interfaces.
+void MakeSystems(llk::cObjectMap* aMap, tvk::cGlobal* aGlobal);
+// Returns once every system has made its first interface list, or failed.
+void WaitSystems(llk::cObjectMap* aMap);
+// Takes every system out of the handle table and ends it.
+void EndSystems(llk::cObjectMap* aMap, tvk::cGlobal* aGlobal);
 // Releases each producer's aggregate, which stops its threads and closes and
 // unloads the producer; the map keeps its entries.
 void ReleaseTLs(llk::cObjectMap* aMap);
