@@ -41,6 +41,7 @@ void ReleaseAll(tLocalData* aLocal) {
     llk::ReleaseAndClear(aLocal->junction);
     llk::ReleaseAndClear(aLocal->global);
     llk::ReleaseAndClear(aLocal->devices);
+    llk::ReleaseAndClear(aLocal->devicesLock);
     llk::ReleaseAndClear(aLocal->transportLayers);
     llk::ReleaseAndClear(aLocal->logFile);
 }
@@ -63,9 +64,10 @@ void TvkAPILocalInit(tLocalData* aLocal) {
     aLocal->global =
         llk::Retained(tvk::cGlobal::New(reinterpret_cast<const void*>(&TvkVersionQuery)));
     aLocal->devices = llk::Retained(llk::cObjectMap::New(16, 0.0f, true));
+    aLocal->devicesLock = llk::Retained(llk::cMutex::New());
     aLocal->transportLayers = llk::Retained(llk::cObjectMap::New(4, 0.5f, true));
     if (!aLocal->mutex || !aLocal->stopped || !aLocal->junction || !aLocal->global ||
-        !aLocal->devices || !aLocal->transportLayers)
+        !aLocal->devices || !aLocal->devicesLock || !aLocal->transportLayers)
         aLocal->initStatus = llk::kNoMemory;
     else
         OpenLog(aLocal);
@@ -103,16 +105,28 @@ void TvkAPILeave() {
     if (gLocalData.junction) gLocalData.junction->Leave();
 }
 
+namespace {
+// Table handles are small numbers; anything wider is no handle of ours.
+bool TableHandle(TvkHandle_t aHandle, llk::u4& aValue) {
+    auto value = reinterpret_cast<uintptr_t>(aHandle);
+    aValue = static_cast<llk::u4>(value);
+    return gLocalData.global && value <= 0xFFFFFFFFu;
+}
+} // namespace
+
 tvk::pProxy* Handle2Proxy(TvkHandle_t aHandle) {
     if (aHandle == TVK_SYSTEM_HANDLE) {
         // Shutdown lets go of the Supervisor under the module mutex.
         llk::uLock hold(gLocalData.mutex);
         return llk::Retained(gLocalData.supervisorProxy);
     }
-    // Table handles are small numbers; anything wider is no handle of ours.
-    auto value = reinterpret_cast<uintptr_t>(aHandle);
-    if (!gLocalData.global || value > 0xFFFFFFFFu) return nullptr;
-    return gLocalData.global->Search(static_cast<llk::u4>(value));
+    llk::u4 value = 0;
+    return TableHandle(aHandle, value) ? gLocalData.global->Search(value) : nullptr;
+}
+
+tvk::pProxy* Handle2Proxy(TvkHandle_t aHandle, llk::u4 aType) {
+    llk::u4 value = 0;
+    return TableHandle(aHandle, value) ? gLocalData.global->Search(aType, value) : nullptr;
 }
 
 void ReleaseProxy(tvk::pProxy* aProxy) {

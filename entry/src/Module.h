@@ -27,6 +27,7 @@ struct tLocalData {
     tvk::pProxy* supervisorProxy;     // the proxy behind handle value 1
     llk::cObjectMap* transportLayers; // .cti file name to cGenTL
     llk::cObjectMap* devices;         // camera identifier to cData of TvkCameraInfo_t
+    llk::cMutex* devicesLock;         // one refresh of the device map at a time
     bool started;                     // TvkStartup succeeded and TvkShutdown has not finished
     bool stopping;                    // a shutdown is tearing down; start-ups and shutdowns wait
     bool initialised;
@@ -45,6 +46,8 @@ void TvkAPILeave();
 
 // A retained proxy for a handle, or null. The caller releases it.
 tvk::pProxy* Handle2Proxy(TvkHandle_t aHandle);
+// The same for a table handle whose proxy is of class aType.
+tvk::pProxy* Handle2Proxy(TvkHandle_t aHandle, llk::u4 aType);
 void ReleaseProxy(tvk::pProxy* aProxy);
 
 // Thread tag masks of the calls that callbacks may not make.
