@@ -18,13 +18,6 @@ TvkError_t LoadProducers(tLocalData& aLocal) {
     return MakeTLs(aLocal.transportLayers, aLocal.global) ? TvkErrorSuccess : TvkErrorNoTL;
 }
 
-// Each producer's system, its interfaces and their device lists; returns
-// once every system has listed its interfaces.
-void StartSystems(tLocalData& aLocal) {
-    MakeSystems(aLocal.transportLayers, aLocal.global);
-    WaitSystems(aLocal.transportLayers);
-}
-
 // After a failed start: the producers unload and the table closes; the map
 // keeps its entries for the next attempt.
 void UnloadProducers(tLocalData& aLocal) {
@@ -58,7 +51,7 @@ void WaitWhileStopping(tLocalData& aLocal) {
 TvkError_t StartModule(tLocalData& aLocal) {
     TvkError_t status = LoadProducers(aLocal);
     if (status == TvkErrorSuccess) status = StartSupervisor(aLocal);
-    if (status == TvkErrorSuccess) StartSystems(aLocal);
+    if (status == TvkErrorSuccess) MakeSystems(aLocal.transportLayers, aLocal.global);
     if (status == TvkErrorSuccess)
         aLocal.started = true;
     else

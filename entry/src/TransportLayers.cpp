@@ -86,28 +86,31 @@ bool MakeTLs(llk::cObjectMap* aMap, tvk::cGlobal* aGlobal) {
     return any;
 }
 
+namespace {
+
+// Returns once the system has made its first interface list, or failed. The
+// scan takes a few milliseconds: look often at first, then every 50 ms for
+// as long as it takes.
+void WaitReady(tvk::cSystemProxy* aSystem) {
+    llk::u4 pause = 1;
+    bool ready = false;
+    while (aSystem->IsReady(ready) == llk::kOk && !ready) {
+        llk::sEnv::Snooze(pause);
+        pause = std::min(pause * 2, 50u);
+    }
+}
+
+} // namespace
+
 void MakeSystems(llk::cObjectMap* aMap, tvk::cGlobal* aGlobal) {
     for (llk::u4 i = 0; i < aMap->Count(); ++i) {
         auto* tl = static_cast<cGenTL*>(aMap->AtIndex(i));
         if (!tl->GetAggregate()) continue;
         tvk::cSystemProxy* system =
             tvk::cSystemProxy::New(tl->GetPath()->Chars(), tl->GetAggregate());
-        if (system && aGlobal->Insert(system, nullptr) == llk::kOk) tl->SetSystem(system);
-    }
-}
-
-void WaitSystems(llk::cObjectMap* aMap) {
-    for (llk::u4 i = 0; i < aMap->Count(); ++i) {
-        tvk::cSystemProxy* system = static_cast<cGenTL*>(aMap->AtIndex(i))->GetSystem();
-        if (!system) continue;
-        // The first scan takes a few milliseconds: look often at first,
-        // then every 50 ms for as long as it takes.
-        llk::u4 pause = 1;
-        bool ready = false;
-        while (system->IsReady(ready) == llk::kOk && !ready) {
-            llk::sEnv::Snooze(pause);
-            pause = std::min(pause * 2, 50u);
-        }
+        if (!system || aGlobal->Insert(system, nullptr) != llk::kOk) continue;
+        tl->SetSystem(system);
+        WaitReady(system);
     }
 }
 

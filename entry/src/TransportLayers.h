@@ -47,11 +47,11 @@ void ScanSearchPath(llk::cObjectMap* aMap);
 // Builds each producer's aggregate, in map order, replacing any old one; true
 // when at least one producer loaded.
 bool MakeTLs(llk::cObjectMap* aMap, tvk::cGlobal* aGlobal);
-// Makes each loaded producer's system and puts it in the handle table; a
-// system that cannot be made leaves its producer without interfaces.
+// Makes each loaded producer's system, in map order, and puts it in the
+// handle table; each is made once the one before has listed its interfaces,
+// so that interfaces are listed in the producers' order. A system that
+// cannot be made leaves its producer without interfaces.
 void MakeSystems(llk::cObjectMap* aMap, tvk::cGlobal* aGlobal);
-// Returns once every system has made its first interface list, or failed.
-void WaitSystems(llk::cObjectMap* aMap);
 // Takes every system out of the handle table and ends it.
 void EndSystems(llk::cObjectMap* aMap, tvk::cGlobal* aGlobal);
 // Releases each producer's aggregate, which stops its threads and closes and
