@@ -10,8 +10,6 @@ namespace tvk {
 namespace {
 
 constexpr llk::u4 kDeviceChangeEvent = 10;
-// What a device change reports: presence, with data bit 0 clear when gone.
-constexpr llk::u4 kWhatPresence = 1;
 // Room for a device identifier and the texts that describe it.
 constexpr size_t kTextSize = 256;
 
@@ -83,7 +81,7 @@ void cInterfaceActor::Dismiss() {
             char id[kTextSize];
             size_t size = sizeof(id);
             if (producer->InterfaceGetSerial(mInterface, i, id, &size, nullptr))
-                TellDeviceChanged(Global(), id, kWhatPresence, 0);
+                TellDeviceChanged(Global(), id, gc::IFCHANGE_DEVICE_PRESENCE, 0);
         }
         producer->InterfaceClose(mInterface, nullptr);
         mInterface = nullptr;

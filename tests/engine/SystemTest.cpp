@@ -5,6 +5,7 @@
 #include <dlfcn.h>
 #include <unistd.h>
 
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <mutex>
@@ -217,16 +218,12 @@ void PlugAndUnplug(cNewsActor* aNews, TavikSimControl_t aControl) {
     ASSERT_NE(aControl, nullptr);
     ASSERT_EQ(aControl("unplug Cam-2"), 0);
     EXPECT_TRUE(Eventually([&] {
-        for (const tNews& news : aNews->News())
-            if (news.uid == message::kDeviceChanged && news.ident == "Cam-2") return true;
-        return false;
+        return aNews->Heard(message::kDeviceChanged, "Cam-2", gc::IFCHANGE_DEVICE_PRESENCE, 0);
     }));
     ASSERT_EQ(aControl("plug Cam-2"), 0);
     EXPECT_TRUE(Eventually([&] {
-        int seen = 0;
-        for (const tNews& news : aNews->News())
-            seen += news.uid == message::kDeviceChanged && news.ident == "Cam-2";
-        return seen == 2;
+        return aNews->Heard(message::kDeviceChanged, "Cam-2", gc::IFCHANGE_DEVICE_PRESENCE,
+                            gc::IFCHANGE_DATA_PRESENT | gc::IFCHANGE_DATA_REACHABLE);
     }));
 }
 
@@ -249,8 +246,10 @@ TEST_F(SystemTest, AnEndingInterfaceReportsItsDevicesMissing) {
     ASSERT_EQ(mGlobal->Remove(a), llk::kOk);
     mPool.Sink();
     EXPECT_TRUE(Eventually([&] {
-        return mNews->News()->Heard(message::kDeviceChanged, "Cam-1", 1, 0) &&
-               mNews->News()->Heard(message::kDeviceChanged, "Cam-2", 1, 0);
+        return mNews->News()->Heard(message::kDeviceChanged, "Cam-1", gc::IFCHANGE_DEVICE_PRESENCE,
+                                    0) &&
+               mNews->News()->Heard(message::kDeviceChanged, "Cam-2", gc::IFCHANGE_DEVICE_PRESENCE,
+                                    0);
     }));
 }
 
@@ -273,6 +272,35 @@ TEST_F(SystemTest, DiscoverySettingsAreKeptAndDoNothingOffGigE) {
     EXPECT_EQ(
         cInterfaceActor::ConvertStatus(gc::DEVICE_ACCESS_STATUS_OPEN_READWRITE, kInterfaceEthernet),
         0u);
+}
+
+TEST_F(SystemTest, GigEDiscoverySettingsReachEveryInterfaceAndForceIPIsOneWrite) {
+    Start(TAVIK_SIM_PRODUCER);
+    EXPECT_EQ(mSystem->SetDiscoveryDuration(5), llk::kOk);
+    EXPECT_EQ(mSystem->SetDiscoveryMode(kDiscoveryAuto), llk::kOk);
+    for (const char* id : {"IF-A", "IF-B"}) {
+        tDiscoveryMode mode = kDiscoveryOff;
+        llk::u8 duration = 0;
+        EXPECT_EQ(Interface(id)->GetDiscoveryMode(mode), llk::kOk);
+        EXPECT_EQ(mode, kDiscoveryAuto);
+        EXPECT_EQ(Interface(id)->GetDiscoveryDuration(duration), llk::kOk);
+        EXPECT_EQ(duration, 5u);
+    }
+
+    const tCommandForceIP command{0x0011223344556677, 0xC0A80164, 0xFFFFFF00, 0xC0A80101};
+    ASSERT_EQ(mSystem->SendForceIP(command), llk::kOk);
+    cProducer* producer = mAggregate->Producer();
+    llk::u1 written[24] = {};
+    size_t size = sizeof(written);
+    ASSERT_TRUE(producer->PortRead(producer->System(), kRegForceIPMAC, written, &size, nullptr));
+    llk::u8 mac = 0;
+    llk::u4 ip = 0, send = 0;
+    memcpy(&mac, written, 8);
+    memcpy(&ip, written + 8, 4);
+    memcpy(&send, written + 20, 4);
+    EXPECT_EQ(mac, command.mac);
+    EXPECT_EQ(ip, command.ip);
+    EXPECT_EQ(send, 1u);
 }
 
 } // namespace
