@@ -18,15 +18,6 @@ TvkError_t LoadProducers(tLocalData& aLocal) {
     return MakeTLs(aLocal.transportLayers, aLocal.global) ? TvkErrorSuccess : TvkErrorNoTL;
 }
 
-// After a failed start: the producers unload and the table closes; the map
-// keeps its entries for the next attempt.
-void UnloadProducers(tLocalData& aLocal) {
-    ReleaseTLs(aLocal.transportLayers);
-    aLocal.global->Disable(true);
-}
-
-// ---- Steps of the stop ----
-
 // With the mutex held: inserts fail from here, the systems end first, then
 // every actor left in the table (interfaces, cameras, the Supervisor).
 void EndActors(tLocalData& aLocal) {
@@ -34,6 +25,15 @@ void EndActors(tLocalData& aLocal) {
     EndSystems(aLocal.transportLayers, aLocal.global);
     aLocal.global->RemoveAll();
 }
+
+// After a failed start: what was made ends, the producers unload and the
+// table closes; the map keeps its entries for the next attempt.
+void UnloadProducers(tLocalData& aLocal) {
+    EndActors(aLocal);
+    ReleaseTLs(aLocal.transportLayers);
+}
+
+// ---- Steps of the stop ----
 
 // Without the mutex: the aggregates' threads stop and the producers unload.
 void ReleaseAggregates(tLocalData& aLocal) {
@@ -51,7 +51,6 @@ void WaitWhileStopping(tLocalData& aLocal) {
 TvkError_t StartModule(tLocalData& aLocal) {
     TvkError_t status = LoadProducers(aLocal);
     if (status == TvkErrorSuccess) status = StartSupervisor(aLocal);
-    if (status == TvkErrorSuccess) MakeSystems(aLocal.transportLayers, aLocal.global);
     if (status == TvkErrorSuccess)
         aLocal.started = true;
     else

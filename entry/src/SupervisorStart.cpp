@@ -3,49 +3,56 @@
 #include "TransportLayers.h"
 #include "engine/Global.h"
 #include "engine/Supervisor.h"
+#include "engine/System.h"
 #include "kit/AutoreleasePool.h"
-#include "kit/ObjectMap.h"
+#include "kit/ObjectList.h"
 
 namespace {
 
-// The systems of the loaded producers, by transport kind: the first
-// producer of a kind stands for it. A producer has a scheduler as soon as
-// it is loaded; what the system proxies answer is not forwarded yet, so
-// those calls find no system.
+// The systems of the loaded producers, by transport kind: the first system
+// of a kind in the handle table stands for it.
 class cTransportSystems : public tvk::pSystems {
 public:
-    static cTransportSystems* New(llk::cObjectMap* aTransportLayers) {
-        return Make<cTransportSystems>(aTransportLayers);
+    static cTransportSystems* New(tvk::cGlobal* aGlobal) {
+        return Make<cTransportSystems>(aGlobal);
     }
-    llk::i4 Initialize(llk::cObjectMap* aTransportLayers) {
-        mTransportLayers = llk::Retained(aTransportLayers);
-        return mTransportLayers ? llk::kOk : llk::kNoMemory;
+    llk::i4 Initialize(tvk::cGlobal* aGlobal) {
+        mGlobal = aGlobal;
+        return aGlobal ? llk::kOk : llk::kNoMemory;
     }
-    ~cTransportSystems() override { llk::ReleaseAndClear(mTransportLayers); }
 
+    // The aggregate outlives the Supervisor, and so does its helper.
     tvk::cHelper* Helper(tvk::tInterface aKind) override {
-        tvk::cAggregate* aggregate = AggregateOf(aKind);
-        return aggregate ? aggregate->Helper() : nullptr;
+        tvk::cSystemProxy* system = SystemOf(aKind);
+        return system ? system->Aggregate()->Helper() : nullptr;
     }
-    llk::i4 SetDiscoveryMode(tvk::tInterface, tvk::tDiscoveryMode) override {
-        return llk::kNotFound;
+    llk::i4 SetDiscoveryMode(tvk::tInterface aKind, tvk::tDiscoveryMode aMode) override {
+        tvk::cSystemProxy* system = SystemOf(aKind);
+        return system ? system->SetDiscoveryMode(aMode) : llk::kNotFound;
     }
-    llk::i4 SetDiscoveryDuration(tvk::tInterface, llk::u8) override { return llk::kNotFound; }
-    llk::i4 SendForceIP(tvk::tInterface, const tvk::tCommandForceIP&) override {
-        return llk::kNotFound;
+    llk::i4 SetDiscoveryDuration(tvk::tInterface aKind, llk::u8 aDuration) override {
+        tvk::cSystemProxy* system = SystemOf(aKind);
+        return system ? system->SetDiscoveryDuration(aDuration) : llk::kNotFound;
+    }
+    llk::i4 SendForceIP(tvk::tInterface aKind, const tvk::tCommandForceIP& aCommand) override {
+        tvk::cSystemProxy* system = SystemOf(aKind);
+        return system ? system->SendForceIP(aCommand) : llk::kNotFound;
     }
 
 private:
-    tvk::cAggregate* AggregateOf(tvk::tInterface aKind) {
-        for (llk::u4 i = 0; i < mTransportLayers->Count(); ++i) {
-            tvk::cAggregate* aggregate =
-                static_cast<cGenTL*>(mTransportLayers->AtIndex(i))->GetAggregate();
-            if (aggregate && aggregate->Type() == aKind) return aggregate;
+    // Autoreleased, so that it stays while it is asked.
+    tvk::cSystemProxy* SystemOf(tvk::tInterface aKind) {
+        llk::cObjectList* systems = llk::cObjectList::New(4, true);
+        if (!systems) return nullptr;
+        mGlobal->Enumerate(tvk::kTypeSystemProxy, systems);
+        for (llk::u4 i = 0; i < systems->Count(); ++i) {
+            auto* system = static_cast<tvk::cSystemProxy*>(systems->AtIndex(i));
+            if (system->Aggregate()->Type() == aKind) return system;
         }
         return nullptr;
     }
 
-    llk::cObjectMap* mTransportLayers = nullptr;
+    tvk::cGlobal* mGlobal = nullptr; // lives as long as the module
 };
 
 } // namespace
@@ -53,13 +60,16 @@ private:
 TvkError_t StartSupervisor(tLocalData& aLocal) {
     llk::uAutoreleasePool pool;
     aLocal.supervisorAggregate = llk::Retained(tvk::cAggregate::New(aLocal.global));
-    cTransportSystems* systems = cTransportSystems::New(aLocal.transportLayers);
+    cTransportSystems* systems = cTransportSystems::New(aLocal.global);
     auto* proxy =
         llk::Retained(aLocal.supervisorAggregate && systems
                           ? tvk::cSupervisorProxy::New(aLocal.supervisorAggregate, systems)
                           : nullptr);
     llk::i4 status = proxy ? aLocal.global->Insert(proxy, nullptr) : llk::kNoMemory;
     if (status == llk::kOk) {
+        // The systems come after the Supervisor, so that their first news
+        // reaches it, and before it gets going, so that it finds them.
+        MakeSystems(aLocal.transportLayers, aLocal.global);
         status = proxy->GetGoing();
         if (status != llk::kOk) aLocal.global->Remove(proxy);
     }

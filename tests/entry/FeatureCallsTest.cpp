@@ -86,8 +86,8 @@ TEST_F(FeatureCallsTest, SystemFeaturesReadThroughTheWholePath) {
     TvkBool_t done = 0;
     EXPECT_EQ(TvkFeatureCommandIsDone(kSystem, "GeVForceIPAddressSend", &done), TvkErrorSuccess);
     EXPECT_EQ(done, 1);
-    // Discovery needs a system that answers; none does yet.
-    EXPECT_EQ(TvkFeatureCommandRun(kSystem, "GeVDiscoveryAllOnce"), TvkErrorInternalFault);
+    // Discovery reaches the GigE Vision system.
+    EXPECT_EQ(TvkFeatureCommandRun(kSystem, "GeVDiscoveryAllOnce"), TvkErrorSuccess);
     EXPECT_EQ(TvkFeatureIntSet(kSystem, "GeVForceIPAddressIP", 0), TvkErrorBadParameter);
     EXPECT_EQ(TvkFeatureCommandRun(kSystem, "GeVForceIPAddressSend"), TvkErrorBadParameter);
 }
