@@ -7,6 +7,11 @@
 
 namespace llk {
 
+namespace {
+// The offloader whose job this thread is running, if any.
+thread_local const cActiveOffloader* tRunning = nullptr;
+} // namespace
+
 // One job.
 class cActiveOffloader::cShore : public pObject {
 public:
@@ -78,6 +83,7 @@ void cActiveOffloader::Close() {
 
 void cActiveOffloader::PeonLoop() {
     uAutoreleasePool pool;
+    tRunning = this;
     mMutex->Lock();
     while (!mClosing.load()) {
         auto* job = static_cast<cShore*>(mJobs->Pop(false));
@@ -150,7 +156,10 @@ i4 cActiveOffloader::CancelWhere(pActiveObject* aObject, Match aMatch, bool aWai
         }
     } walk{this, aObject, &aMatch};
     mJobs->Filter(&tWalk::Test, &walk);
-    if (aWait && mCurrent && mCurrent->object == aObject && aMatch(mCurrent->function)) {
+    // A job that cancels its own object's work (an object ending from a call
+    // its own job made) cannot wait for itself.
+    if (aWait && tRunning != this && mCurrent && mCurrent->object == aObject &&
+        aMatch(mCurrent->function)) {
         // The peon needs the lock to finish, so its done signal can't be missed.
         mDone->Wait();
     }

@@ -42,7 +42,8 @@ public:
     i4 Submit(pActiveObject* aObject, cFunction* aFunction, u1 aPriority);
     // Runs the function, then schedules aCode on the object with it as data.
     i4 Submit(pActiveObject* aObject, cFunction* aFunction, const tActiveCode& aCode, u1 aPriority);
-    // Takes back waiting jobs of the object (a null function: all of them).
+    // Takes back waiting jobs of the object (a null function: all of them);
+    // aWait also waits for the one running, unless that is the caller.
     i4 Cancel(pActiveObject* aObject, cFunction* aFunction, bool aWait);
     i4 Cancel(pActiveObject* aObject, tFilter aFilter, void* aContext, bool aWait);
     // Stops the worker; later submits are refused.

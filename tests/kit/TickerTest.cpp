@@ -133,4 +133,24 @@ TEST_F(TickerTest, OffloaderRunsReportsAndCancels) {
     EXPECT_EQ(offloader->Submit(mCounter, third, 0), kRefused);
 }
 
+// A job may end its own object's work, as an object released from its own
+// callback does: the cancel returns instead of waiting for itself.
+cActiveOffloader* gOffloader = nullptr;
+pActiveObject* gObject = nullptr;
+pObject* CancelOwnWork(pObject*, pObject*) {
+    gOffloader->Cancel(gObject, nullptr, true);
+    return nullptr;
+}
+
+TEST_F(TickerTest, AJobCancellingItsOwnObjectDoesNotWaitForItself) {
+    cActiveOffloader* offloader = cActiveOffloader::New({3}, mScheduler, nullptr);
+    ASSERT_NE(offloader, nullptr);
+    gOffloader = offloader;
+    gObject = mCounter;
+    cFunction* job = cFunction::New(true, &CancelOwnWork);
+    ASSERT_EQ(offloader->Submit(mCounter, job, 0), kOk);
+    EXPECT_EQ(job->Wait(5000), kOk);
+    offloader->Close();
+}
+
 } // namespace
