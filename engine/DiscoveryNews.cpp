@@ -10,11 +10,10 @@ namespace {
 
 // A pooled message for the Supervisor, with the identifier as "duid".
 llk::cMessage* NewsFor(cGlobal* aGlobal, llk::u4 aUid, const char* aIdentifier) {
-    auto* message = static_cast<llk::cMessage*>(aGlobal->Recycle("cMessage"));
-    if (!message && !(message = llk::cMessage::New())) return nullptr;
-    message->SetUid(aUid);
+    llk::cMessage* message = aGlobal->NewMessage(aUid, 0);
     // The terminator travels with the text.
-    if (!message->StoreBlock("duid", aIdentifier, static_cast<llk::u4>(strlen(aIdentifier) + 1)))
+    if (!message ||
+        !message->StoreBlock("duid", aIdentifier, static_cast<llk::u4>(strlen(aIdentifier) + 1)))
         return nullptr;
     return message;
 }

@@ -74,6 +74,14 @@ llk::pObject* cGlobal::Recycle(const char* aTag) {
     return mPools->Pop(aTag);
 }
 
+llk::cMessage* cGlobal::NewMessage(llk::u4 aUid, llk::u4 aTag) {
+    auto* message = static_cast<llk::cMessage*>(Recycle("cMessage"));
+    if (!message && !(message = llk::cMessage::New())) return nullptr;
+    message->SetUid(aUid);
+    message->SetTag(aTag);
+    return message;
+}
+
 llk::cString* cGlobal::Cache(const char* aText) {
     llk::uLock hold(mMutex);
     return mCache->Store(aText);

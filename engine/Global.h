@@ -32,6 +32,8 @@ public:
     // Pools of reusable objects by tag.
     llk::i4 Discard(const char* aTag, llk::pObject* aObject);
     llk::pObject* Recycle(const char* aTag);
+    // A message for an actor: a pooled one, or a new one; autoreleased.
+    llk::cMessage* NewMessage(llk::u4 aUid, llk::u4 aTag);
     // The one interned copy of a text; valid for the life of the global.
     llk::cString* Cache(const char* aText);
 

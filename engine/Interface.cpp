@@ -4,6 +4,7 @@
 
 #include "engine/DiscoveryNews.h"
 #include "engine/RequestIds.h"
+#include "kit/ObjectList.h"
 
 namespace tvk {
 
@@ -111,6 +112,22 @@ void cInterfaceActor::OnEventFired(llk::u4 aUid, const void* aData, llk::u4 aLen
                                     &size, nullptr))
         return;
     TellDeviceChanged(Global(), id, what, data);
+    const bool gone = what == gc::IFCHANGE_DEVICE_REACHABILITY
+                          ? !(data & gc::IFCHANGE_DATA_REACHABLE)
+                          : !(data & gc::IFCHANGE_DATA_PRESENT);
+    if (gone) TellCamerasLost(id);
+}
+
+void cInterfaceActor::TellCamerasLost(const char* aIdentifier) {
+    llk::cObjectList* cameras = llk::cObjectList::New(4, true);
+    if (!cameras) return;
+    Global()->Enumerate(kTypeCameraProxy, Proxy(), cameras);
+    for (llk::u4 i = 0; i < cameras->Count(); ++i) {
+        auto* camera = static_cast<pProxy*>(cameras->AtIndex(i));
+        if (strcmp(camera->Identifier()->Chars(), aIdentifier) != 0) continue;
+        if (llk::cMessage* message = Global()->NewMessage(message::kDeviceLost, 0))
+            camera->PostMessage(message, 255);
+    }
 }
 
 bool cInterfaceActor::OnRequest(llk::cRequest* aRequest) {

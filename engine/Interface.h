@@ -59,6 +59,8 @@ private:
     // An info text of the interface, interned; null when it is no text.
     const char* InfoText(gc::INTERFACE_INFO_CMD aCommand);
     llk::i4 Discovery(llk::u4 aUid, llk::u4 aTag, void* aValue);
+    // Tells the cameras open on a device that it has gone.
+    void TellCamerasLost(const char* aIdentifier);
     bool IsGigE() const { return Aggregate()->Type() == kInterfaceEthernet; }
 
     gc::IF_HANDLE mInterface = nullptr;

@@ -58,6 +58,7 @@ constexpr llk::u4 kDeviceFeatureInvalidated = 14; // "name"
 constexpr llk::u4 kDeviceChanged = 257;           // "duid", "what", "data"
 constexpr llk::u4 kInterfaceChanged = 258;        // "duid", "data"
 constexpr llk::u4 kRemoteEvent = 259;             // "stamp", "frame"; tag: event id
+constexpr llk::u4 kDeviceLost = 260;              // interface actor to an open camera of it
 } // namespace message
 
 } // namespace tvk

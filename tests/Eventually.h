@@ -2,15 +2,16 @@
 // never depend on a tight absolute time.
 #pragma once
 
-#include "kit/Env.h"
+#include <chrono>
+#include <thread>
 
 namespace test {
 
 template <class F> bool Eventually(F aCondition, double aSeconds = 10.0) {
-    const double end = llk::sEnv::GetElapsedTime() + aSeconds;
+    const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(aSeconds);
     while (!aCondition()) {
-        if (llk::sEnv::GetElapsedTime() > end) return false;
-        llk::sEnv::Snooze(1);
+        if (std::chrono::steady_clock::now() > end) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     return true;
 }

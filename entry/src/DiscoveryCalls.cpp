@@ -4,6 +4,7 @@
 
 #include "CallFrame.h"
 #include "DeviceMap.h"
+#include "engine/Camera.h"
 #include "engine/Global.h"
 #include "engine/Interface.h"
 #include "kit/ObjectList.h"
@@ -78,6 +79,91 @@ TvkError_t OpenInterface(const char* aIdentifier, TvkHandle_t* aHandle) {
     return status;
 }
 
+// The interface of aInterfaces called aIdentifier, or null.
+tvk::cInterfaceProxy* InterfaceOf(llk::cObjectList* aInterfaces, const char* aIdentifier) {
+    for (llk::u4 i = 0; i < aInterfaces->Count(); ++i) {
+        auto* interface = AsInterface(static_cast<tvk::pProxy*>(aInterfaces->AtIndex(i)));
+        if (strcmp(interface->Identifier()->Chars(), aIdentifier) == 0) return interface;
+    }
+    return nullptr;
+}
+
+// Finds the camera of aIdentifier and the interface that gives access to
+// it: the one the device map names, or any that recognises the identifier.
+bool FindCamera(const char* aIdentifier, llk::cObjectList* aInterfaces, TvkCameraInfo_t& aInfo,
+                tvk::cInterfaceProxy*& aWhere, llk::i4& aStatus) {
+    uDeviceMap devices(gLocalData);
+    aStatus = devices.Renew(aInterfaces);
+    if (aStatus != llk::kOk) return false;
+    if (const TvkCameraInfo_t* known = devices.Find(aIdentifier)) {
+        tvk::cInterfaceProxy* interface = InterfaceOf(aInterfaces, known->interfaceID);
+        if (interface && interface->DeviceFind(aIdentifier, aInfo) == llk::kOk) {
+            llk::Assign(aWhere, interface);
+            return true;
+        }
+    }
+    return FindOnInterfaces(aInterfaces, aIdentifier, aInfo, &aWhere);
+}
+
+tvk::cCameraProxy* NewCamera(tvk::cInterfaceProxy* aInterface, const char* aIdentifier,
+                             TvkAccessMode_t aMode, llk::i4& aStatus) {
+    llk::cString* identifier = gLocalData.global->Cache(aIdentifier);
+    if (!identifier) {
+        aStatus = llk::kNoMemory;
+        return nullptr;
+    }
+    return tvk::cCameraProxy::New(aInterface, identifier, aInterface->Aggregate(),
+                                  aInterface->OwnHandle(), aMode, &aStatus);
+}
+
+TvkError_t OpenCamera(const char* aIdentifier, TvkAccessMode_t aMode, TvkHandle_t* aHandle) {
+    llk::cObjectList* interfaces = llk::cObjectList::New(8, true);
+    if (!interfaces) return llk::kNoMemory;
+    TvkCameraInfo_t info{};
+    tvk::cInterfaceProxy* where = nullptr;
+    llk::i4 status = llk::kOk;
+    const bool found = FindCamera(aIdentifier, interfaces, info, where, status);
+    if (where) where->Autorelease();
+    if (status != llk::kOk) return status;
+    *aHandle = nullptr;
+    tvk::cCameraProxy* camera = nullptr;
+    if (found) {
+        // The device's own identifier, whatever form the caller used.
+        camera = NewCamera(where, info.idString, aMode, status);
+        if (!camera) return status;
+    } else {
+        // A GigE Vision camera may be reached by an address no list holds.
+        for (llk::u4 i = 0; i < interfaces->Count() && !camera; ++i) {
+            auto* interface = AsInterface(static_cast<tvk::pProxy*>(interfaces->AtIndex(i)));
+            if (interface->Aggregate()->Type() == tvk::kInterfaceEthernet)
+                camera = NewCamera(interface, aIdentifier, aMode, status);
+        }
+        if (!camera) return TvkErrorNotFound;
+    }
+    llk::u4 handle = 0;
+    status = gLocalData.global->Insert(camera, &handle);
+    if (status != llk::kOk) return status;
+    // A camera that did not get going (its features took longer than a
+    // request may wait) would refuse every call: it is closed again.
+    status = camera->GetGoing();
+    if (status != llk::kOk) {
+        if (gLocalData.global->Remove(camera) == llk::kOk) camera->Shutdown();
+        return status;
+    }
+    *aHandle = reinterpret_cast<TvkHandle_t>(uintptr_t{handle});
+    return TvkErrorSuccess;
+}
+
+TvkError_t CloseCamera(TvkHandle_t aHandle) {
+    auto* camera = static_cast<tvk::cCameraProxy*>(Handle2Proxy(aHandle, tvk::kTypeCameraProxy));
+    if (!camera) return TvkErrorDeviceNotOpen;
+    // A close racing with another gets there second.
+    llk::i4 status = gLocalData.global->Remove(camera);
+    if (status == llk::kOk) camera->Shutdown();
+    camera->Release();
+    return status == llk::kOk ? TvkErrorSuccess : TvkErrorDeviceNotOpen;
+}
+
 TvkError_t CloseInterface(TvkHandle_t aHandle) {
     tvk::pProxy* proxy = Handle2Proxy(aHandle, tvk::kTypeInterfaceProxy);
     if (!proxy) return TvkErrorBadHandle;
@@ -123,7 +209,7 @@ TVK_EXPORT TvkError_t TvkCameraOpen(const char* idString, TvkAccessMode_t access
     trace.InString("idString", idString).InU32("accessMode", accessMode);
     TvkError_t status =
         RunGated(trace, kTagCapture, FirstFailure({Require(idString), Require(pCameraHandle)}),
-                 [&] { return TvkErrorNotImplemented; });
+                 [&] { return OpenCamera(idString, accessMode, pCameraHandle); });
     trace.OutHandle("pCameraHandle", pCameraHandle);
     return status;
 }
@@ -131,10 +217,7 @@ TVK_EXPORT TvkError_t TvkCameraOpen(const char* idString, TvkAccessMode_t access
 TVK_EXPORT TvkError_t TvkCameraClose(const TvkHandle_t cameraHandle) {
     uCallTrace trace("TvkCameraClose");
     trace.InHandle("cameraHandle", cameraHandle);
-    return RunGated(trace, kTagCapture, TvkErrorSuccess, [&] {
-        return WithProxy(cameraHandle, TvkErrorDeviceNotOpen,
-                         [](tvk::pProxy*) { return TvkErrorNotImplemented; });
-    });
+    return RunGated(trace, kTagCapture, TvkErrorSuccess, [&] { return CloseCamera(cameraHandle); });
 }
 
 TVK_EXPORT TvkError_t TvkInterfacesList(TvkInterfaceInfo_t* pInterfaceInfo, uint32_t listLength,

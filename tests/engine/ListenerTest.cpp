@@ -14,6 +14,7 @@
 #include "engine/Global.h"
 #include "engine/Producer.h"
 #include "kit/AutoreleasePool.h"
+#include "kit/Env.h"
 
 using namespace tvk;
 using test::Eventually;
