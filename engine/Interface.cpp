@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "engine/DiscoveryNews.h"
+#include "engine/Features.h"
 #include "engine/RequestIds.h"
 #include "kit/ObjectList.h"
 
@@ -18,6 +19,7 @@ constexpr size_t kTextSize = 256;
 constexpr llk::u4 kTagRenew = 1, kTagCount = 2, kTagQuery = 3, kTagFind = 4;
 // Tags of the discovery requests.
 constexpr llk::u4 kTagSet = 5, kTagGet = 6;
+constexpr llk::i4 kNotAValue = TvkErrorBadParameter;
 
 } // namespace
 
@@ -87,6 +89,7 @@ void cInterfaceActor::Dismiss() {
         producer->InterfaceClose(mInterface, nullptr);
         mInterface = nullptr;
     }
+    llk::ReleaseAndClear(mFeatures);
     llk::ReleaseAndClear(mPort);
     RequestsDisable(true);
     RequestsReject();
@@ -137,7 +140,7 @@ bool cInterfaceActor::OnRequest(llk::cRequest* aRequest) {
         outcome = QueryInfo(*static_cast<tInterfaceInfo*>(aRequest->GetPointer()));
         break;
     case request::kInterfaceOpen:
-        mOpened = true;
+        Open();
         outcome = llk::kOk;
         break;
     case request::kInterfaceClose:
@@ -150,6 +153,8 @@ bool cInterfaceActor::OnRequest(llk::cRequest* aRequest) {
         break;
     case request::kInterfaceDiscoveryMode:
     case request::kInterfaceDiscoveryDuration:
+        // A write waits while a callback still reports the last change.
+        if (aRequest->GetTag() == kTagSet && mFeatures && !IsFeaturesWritable()) return false;
         outcome = Discovery(aRequest->GetUid(), aRequest->GetTag(), aRequest->GetPointer());
         break;
     default:
@@ -157,6 +162,22 @@ bool cInterfaceActor::OnRequest(llk::cRequest* aRequest) {
     }
     aRequest->SetOutcome(outcome);
     return true;
+}
+
+void cInterfaceActor::Open() {
+    mOpened = true;
+    if (mFeatures) return;
+    mFeatures = llk::Retained(cFeatures::New(false));
+    llk::i4 status = mFeatures ? mFeatures->Prepare() : llk::kNoMemory;
+    if (status == llk::kOk) {
+        mFeatures->SetDelegate(this);
+        status = mFeatures->Connect("InterfacePort", mPort, false, nullptr, nullptr);
+    }
+    if (status == llk::kOk) {
+        mFeatures->HideCategory("/InterfaceModule");
+        status = mFeatures->Realize();
+    }
+    if (status != llk::kOk) llk::ReleaseAndClear(mFeatures);
 }
 
 const char* cInterfaceActor::InfoText(gc::INTERFACE_INFO_CMD aCommand) {
@@ -258,8 +279,14 @@ llk::i4 cInterfaceActor::Discovery(llk::u4 aUid, llk::u4 aTag, void* aValue) {
     llk::u8 address = mode ? kRegDiscoveryMode : kRegDiscoveryDuration;
     llk::u4 length = mode ? 4 : 8, done = 0;
     if (aTag == kTagGet) return mPort->Fetch(address, length, aValue, done);
-    if (aTag == kTagSet) return mPort->Store(address, length, aValue, done);
-    return llk::kRefused;
+    if (aTag != kTagSet) return llk::kRefused;
+    if (!mFeatures) return mPort->Store(address, length, aValue, done);
+    if (!mode)
+        return mFeatures->FeatureIntSet("DiscoveryDuration",
+                                        static_cast<llk::i8>(*static_cast<llk::u8*>(aValue)));
+    static const char* const kModes[] = {"Off", "Auto", "Once"};
+    const llk::u4 value = *static_cast<llk::u4*>(aValue);
+    return value < 3 ? mFeatures->FeatureEnumSet("DiscoveryMode", kModes[value]) : kNotAValue;
 }
 
 // ---- cInterfaceProxy ------------------------------------------------------------

@@ -45,6 +45,8 @@ public:
     void Dismiss() override;
     void OnEventFired(llk::u4 aUid, const void* aData, llk::u4 aLength) override;
     bool OnRequest(llk::cRequest* aRequest) override;
+    // The interface's features, while it is open.
+    cFeatures* Features() const override { return mOpened ? mFeatures : nullptr; }
 
     // Set at Prepare, then constant.
     gc::IF_HANDLE Interface() const { return mInterface; }
@@ -53,6 +55,9 @@ public:
 
 private:
     llk::i4 QueryInfo(tInterfaceInfo& aInfo);
+    // Opening makes the features the first time; without them the interface
+    // opens all the same.
+    void Open();
     llk::i4 DeviceList(llk::u4 aTag, tDeviceListQuery& aQuery);
     // The device of aIdentifier, or at aIndex when aIdentifier is null.
     llk::i4 FetchDeviceInfo(const char* aIdentifier, llk::u4 aIndex, tDeviceInfo& aInfo);
@@ -66,6 +71,7 @@ private:
     gc::IF_HANDLE mInterface = nullptr;
     gc::EVENT_HANDLE mEvent = nullptr; // device list changes; null without the extension
     cDirectPort* mPort = nullptr;
+    cFeatures* mFeatures = nullptr;
     const char* mIdentifier = nullptr; // interned
     bool mOpened = false;
     const char* mName = nullptr;   // interned

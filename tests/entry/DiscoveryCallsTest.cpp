@@ -2,10 +2,13 @@
 // simulator: the list protocols, the device map, several producers at once,
 // plug and unplug, faults and bad input.
 #include <atomic>
+#include <cstring>
+#include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "Eventually.h"
 #include "FlatFixture.h"
 #include "TavikSimControl.h"
 
@@ -307,6 +310,89 @@ TEST_F(DiscoveryCallsTest, CallsRacingWithShutdownFinishCleanly) {
     for (std::thread& caller : callers)
         caller.join();
     EXPECT_EQ(unexpected, 0);
+}
+
+TEST_F(DiscoveryCallsTest, OpenInterfacesServeTheirFeatures) {
+    Start(kLab);
+    TvkHandle_t interface = nullptr;
+    ASSERT_EQ(TvkInterfaceOpen("IF-A", &interface), TvkErrorSuccess);
+    char text[64] = {};
+    uint32_t size = 0;
+    ASSERT_EQ(TvkFeatureStringGet(interface, "InterfaceID", text, sizeof(text), &size),
+              TvkErrorSuccess);
+    EXPECT_STREQ(text, "IF-A");
+    ASSERT_EQ(TvkFeatureCommandRun(interface, "DeviceUpdateList"), TvkErrorSuccess);
+    EXPECT_EQ(TvkFeatureIntSet(interface, "DeviceSelector", 1), TvkErrorSuccess);
+    ASSERT_EQ(TvkFeatureStringGet(interface, "DeviceID", text, sizeof(text), &size),
+              TvkErrorSuccess);
+    EXPECT_STREQ(text, "Cam-2");
+    uint32_t count = 0;
+    EXPECT_EQ(TvkFeaturesList(interface, nullptr, 0, &count, sizeof(TvkFeatureInfo_t)),
+              TvkErrorSuccess);
+    EXPECT_GT(count, 5u);
+
+    // Closed, the interface answers no feature call; opened again, it does.
+    ASSERT_EQ(TvkInterfaceClose(interface), TvkErrorSuccess);
+    EXPECT_EQ(TvkFeatureStringGet(interface, "InterfaceID", text, sizeof(text), &size),
+              TvkErrorOther);
+    ASSERT_EQ(TvkInterfaceOpen("IF-A", &interface), TvkErrorSuccess);
+    EXPECT_EQ(TvkFeatureStringGet(interface, "InterfaceID", text, sizeof(text), &size),
+              TvkErrorSuccess);
+}
+
+// Invalidations seen by a callback; it reads what the system says at once.
+struct tNews {
+    std::mutex lock;
+    std::vector<std::string> seen;
+    bool Saw(const std::string& aWhat) {
+        std::lock_guard<std::mutex> hold(lock);
+        for (const std::string& s : seen)
+            if (s == aWhat) return true;
+        return false;
+    }
+};
+void ReadDiscovery(const TvkHandle_t aHandle, const char* aName, void* aNews) {
+    if (strcmp(aName, "DiscoveryCameraEvent") != 0) return;
+    const char* event = nullptr;
+    char ident[128] = {};
+    uint32_t size = 0;
+    TvkFeatureEnumGet(aHandle, "DiscoveryCameraEvent", &event);
+    TvkFeatureStringGet(aHandle, "DiscoveryCameraIdent", ident, sizeof(ident), &size);
+    auto* news = static_cast<tNews*>(aNews);
+    std::lock_guard<std::mutex> hold(news->lock);
+    news->seen.push_back(std::string(ident) + " " + (event ? event : "?"));
+}
+
+TEST_F(DiscoveryCallsTest, PlugAndUnplugAreAnnouncedOnTheSystemWithinASecond) {
+    Start(kLab);
+    tNews news;
+    ASSERT_EQ(TvkFeatureInvalidationRegister(TVK_SYSTEM_HANDLE, "DiscoveryCameraEvent",
+                                             &ReadDiscovery, &news),
+              TvkErrorSuccess);
+    TavikSimControl_t control = Control();
+    ASSERT_EQ(control("unplug Cam-2"), 0);
+    EXPECT_TRUE(test::Eventually([&] { return news.Saw("Cam-2 Missing"); }, 1.0));
+    ASSERT_EQ(control("plug Cam-2"), 0);
+    EXPECT_TRUE(test::Eventually([&] { return news.Saw("Cam-2 Detected"); }, 1.0));
+    EXPECT_EQ(CameraIds(), (std::vector<std::string>{"Cam-1", "Cam-2", "Cam-3"}));
+}
+
+TEST_F(DiscoveryCallsTest, SystemDiscoverySettingsReachEveryInterface) {
+    Start(kLab);
+    TvkHandle_t interface = nullptr;
+    ASSERT_EQ(TvkInterfaceOpen("IF-B", &interface), TvkErrorSuccess);
+    ASSERT_EQ(TvkFeatureIntSet(TVK_SYSTEM_HANDLE, "GeVDiscoveryAllDuration", 10), TvkErrorSuccess);
+    ASSERT_EQ(TvkFeatureCommandRun(TVK_SYSTEM_HANDLE, "GeVDiscoveryAllAuto"), TvkErrorSuccess);
+    const char* mode = nullptr;
+    ASSERT_EQ(TvkFeatureEnumGet(interface, "DiscoveryMode", &mode), TvkErrorSuccess);
+    EXPECT_STREQ(mode, "Auto");
+    int64_t duration = 0;
+    ASSERT_EQ(TvkFeatureIntGet(interface, "DiscoveryDuration", &duration), TvkErrorSuccess);
+    EXPECT_EQ(duration, 10);
+    // The interface not open has its register set all the same.
+    ASSERT_EQ(TvkInterfaceOpen("IF-A", &interface), TvkErrorSuccess);
+    ASSERT_EQ(TvkFeatureEnumGet(interface, "DiscoveryMode", &mode), TvkErrorSuccess);
+    EXPECT_STREQ(mode, "Auto");
 }
 
 } // namespace
