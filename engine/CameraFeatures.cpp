@@ -12,6 +12,7 @@
 #include "engine/Camera.h"
 #include "engine/Features.h"
 #include "engine/Global.h"
+#include "gik/Runtime.h"
 #include "gik/Text.h"
 #include "kit/Env.h"
 
@@ -152,7 +153,8 @@ llk::i4 cCameraActor::ConnectDocuments() {
                                         nullptr, nullptr);
         if (status == llk::kOk) status = mFeatures->Inject(g_XMLTLPatch, false);
     }
-    if (status == llk::kOk && !mFeatures->NodeExists("TLParamsLocked"))
+    // Before Realize only the runtime knows which nodes there are.
+    if (status == llk::kOk && !mFeatures->Runtime()->SeekNode("TLParamsLocked", false))
         status = mFeatures->Inject(g_XMLTLParam, false);
     if (status != llk::kOk || !gigE) return status;
     mFeatures->RelocateFeature("GevDeviceMACAddress", "/Info");
