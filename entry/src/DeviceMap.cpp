@@ -16,12 +16,16 @@ const TvkCameraInfo_t* InfoOf(llk::pObject* aEntry) {
 
 } // namespace
 
-llk::i4 uDeviceMap::Renew(llk::cObjectList* aInterfaces) {
-    llk::cObjectMap* map = mLocal.devices;
+uDeviceMap::~uDeviceMap() {
+    llk::ReleaseAndClear(mMap);
+}
+
+llk::i4 uDeviceMap::Renew(tvk::cGlobal* aGlobal, llk::cObjectList* aInterfaces) {
+    llk::ReleaseAndClear(mMap);
+    llk::cObjectMap* map = mMap = llk::Retained(llk::cObjectMap::New(16, 0.0f, true));
     llk::cObjectList* interfaces = aInterfaces ? aInterfaces : llk::cObjectList::New(8, true);
-    if (!interfaces) return llk::kNoMemory;
-    map->Clear();
-    mLocal.global->Enumerate(tvk::kTypeInterfaceProxy, interfaces);
+    if (!map || !interfaces) return llk::kNoMemory;
+    aGlobal->Enumerate(tvk::kTypeInterfaceProxy, interfaces);
     for (llk::u4 i = 0; i < interfaces->Count(); ++i) {
         auto* interface = static_cast<tvk::cInterfaceProxy*>(interfaces->AtIndex(i));
         llk::u4 count = 0;
@@ -44,15 +48,15 @@ llk::i4 uDeviceMap::Renew(llk::cObjectList* aInterfaces) {
 }
 
 llk::u4 uDeviceMap::Count() const {
-    return mLocal.devices->Count();
+    return mMap ? mMap->Count() : 0;
 }
 
 const TvkCameraInfo_t* uDeviceMap::At(llk::u4 aIndex) const {
-    return InfoOf(mLocal.devices->AtIndex(aIndex));
+    return mMap ? InfoOf(mMap->AtIndex(aIndex)) : nullptr;
 }
 
 const TvkCameraInfo_t* uDeviceMap::Find(const char* aIdentifier) const {
-    return InfoOf(mLocal.devices->Fetch(aIdentifier));
+    return mMap ? InfoOf(mMap->Fetch(aIdentifier)) : nullptr;
 }
 
 bool FindOnInterfaces(llk::cObjectList* aInterfaces, const char* aIdentifier,

@@ -1,37 +1,40 @@
 // The cameras the interfaces list, by identifier, each with the first
-// interface that gives real access to it. Every discovery call renews it;
-// one renewal runs at a time.
+// interface that gives real access to it. Every discovery call makes its own,
+// so that a slow interface holds up no other call longer than its requests
+// may wait.
 #pragma once
 
-#include "Module.h"
-#include "kit/Mutex.h"
+#include "TavikC.h"
+#include "kit/Types.h"
 
 namespace llk {
 class cObjectList;
-}
+class cObjectMap;
+} // namespace llk
 namespace tvk {
+class cGlobal;
 class cInterfaceProxy;
-}
+} // namespace tvk
 
-// Holds the map for the scope of one call.
+// The map of one call.
 class uDeviceMap {
 public:
-    explicit uDeviceMap(tLocalData& aLocal) : mLocal(aLocal), mHold(aLocal.devicesLock) {}
+    uDeviceMap() = default;
+    ~uDeviceMap();
     uDeviceMap(const uDeviceMap&) = delete;
     uDeviceMap& operator=(const uDeviceMap&) = delete;
 
     // Asks every interface for its devices; an interface that fails is
     // skipped, and so is a device that cannot be described. The interfaces
     // come back in aInterfaces when it is given.
-    llk::i4 Renew(llk::cObjectList* aInterfaces = nullptr);
+    llk::i4 Renew(tvk::cGlobal* aGlobal, llk::cObjectList* aInterfaces = nullptr);
     llk::u4 Count() const;
     // In the order the interfaces listed them.
     const TvkCameraInfo_t* At(llk::u4 aIndex) const;
     const TvkCameraInfo_t* Find(const char* aIdentifier) const;
 
 private:
-    tLocalData& mLocal;
-    llk::uLock mHold;
+    llk::cObjectMap* mMap = nullptr; // camera identifier to cData of TvkCameraInfo_t
 };
 
 // Whether bit 0 or 1 of the access says the camera can really be used.

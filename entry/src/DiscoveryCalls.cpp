@@ -16,8 +16,8 @@ tvk::cInterfaceProxy* AsInterface(tvk::pProxy* aProxy) {
 }
 
 TvkError_t ListCameras(TvkCameraInfo_t* aList, uint32_t aLength, uint32_t* aFound) {
-    uDeviceMap devices(gLocalData);
-    llk::i4 status = devices.Renew();
+    uDeviceMap devices;
+    llk::i4 status = devices.Renew(gLocalData.global);
     if (status != llk::kOk) return status;
     const llk::u4 count = devices.Count();
     if (aList)
@@ -30,8 +30,8 @@ TvkError_t ListCameras(TvkCameraInfo_t* aList, uint32_t aLength, uint32_t* aFoun
 TvkError_t QueryCamera(const char* aIdentifier, TvkCameraInfo_t* aInfo) {
     llk::cObjectList* interfaces = llk::cObjectList::New(8, true);
     if (!interfaces) return llk::kNoMemory;
-    uDeviceMap devices(gLocalData);
-    llk::i4 status = devices.Renew(interfaces);
+    uDeviceMap devices;
+    llk::i4 status = devices.Renew(gLocalData.global, interfaces);
     if (status != llk::kOk) return status;
     if (const TvkCameraInfo_t* known = devices.Find(aIdentifier)) {
         *aInfo = *known;
@@ -92,8 +92,8 @@ tvk::cInterfaceProxy* InterfaceOf(llk::cObjectList* aInterfaces, const char* aId
 // it: the one the device map names, or any that recognises the identifier.
 bool FindCamera(const char* aIdentifier, llk::cObjectList* aInterfaces, TvkCameraInfo_t& aInfo,
                 tvk::cInterfaceProxy*& aWhere, llk::i4& aStatus) {
-    uDeviceMap devices(gLocalData);
-    aStatus = devices.Renew(aInterfaces);
+    uDeviceMap devices;
+    aStatus = devices.Renew(gLocalData.global, aInterfaces);
     if (aStatus != llk::kOk) return false;
     if (const TvkCameraInfo_t* known = devices.Find(aIdentifier)) {
         tvk::cInterfaceProxy* interface = InterfaceOf(aInterfaces, known->interfaceID);

@@ -40,8 +40,6 @@ void ReleaseAll(tLocalData* aLocal) {
     llk::ReleaseAndClear(aLocal->mutex);
     llk::ReleaseAndClear(aLocal->junction);
     llk::ReleaseAndClear(aLocal->global);
-    llk::ReleaseAndClear(aLocal->devices);
-    llk::ReleaseAndClear(aLocal->devicesLock);
     llk::ReleaseAndClear(aLocal->transportLayers);
     llk::ReleaseAndClear(aLocal->logFile);
 }
@@ -63,11 +61,9 @@ void TvkAPILocalInit(tLocalData* aLocal) {
     aLocal->junction = llk::Retained(llk::cJunction::New());
     aLocal->global =
         llk::Retained(tvk::cGlobal::New(reinterpret_cast<const void*>(&TvkVersionQuery)));
-    aLocal->devices = llk::Retained(llk::cObjectMap::New(16, 0.0f, true));
-    aLocal->devicesLock = llk::Retained(llk::cMutex::New());
     aLocal->transportLayers = llk::Retained(llk::cObjectMap::New(4, 0.5f, true));
     if (!aLocal->mutex || !aLocal->stopped || !aLocal->junction || !aLocal->global ||
-        !aLocal->devices || !aLocal->devicesLock || !aLocal->transportLayers)
+        !aLocal->transportLayers)
         aLocal->initStatus = llk::kNoMemory;
     else
         OpenLog(aLocal);

@@ -26,8 +26,6 @@ struct tLocalData {
     tvk::cAggregate* supervisorAggregate;
     tvk::pProxy* supervisorProxy;     // the proxy behind handle value 1
     llk::cObjectMap* transportLayers; // .cti file name to cGenTL
-    llk::cObjectMap* devices;         // camera identifier to cData of TvkCameraInfo_t
-    llk::cMutex* devicesLock;         // one refresh of the device map at a time
     bool started;                     // TvkStartup succeeded and TvkShutdown has not finished
     bool stopping;                    // a shutdown is tearing down; start-ups and shutdowns wait
     bool initialised;
