@@ -118,7 +118,13 @@ void cInterfaceActor::OnEventFired(llk::u4 aUid, const void* aData, llk::u4 aLen
     const bool gone = what == gc::IFCHANGE_DEVICE_REACHABILITY
                           ? !(data & gc::IFCHANGE_DATA_REACHABLE)
                           : !(data & gc::IFCHANGE_DATA_PRESENT);
-    if (gone) TellCamerasLost(id);
+    // News may come late: a device that is back by now has cameras of its
+    // own again, which the old news must not reach.
+    llk::i4 access = 0;
+    size = sizeof(access);
+    if (gone && !producer->InterfaceGetDetail(mInterface, id, gc::DEVICE_INFO_ACCESS_STATUS, &type,
+                                              &access, &size, nullptr))
+        TellCamerasLost(id);
 }
 
 void cInterfaceActor::TellCamerasLost(const char* aIdentifier) {
