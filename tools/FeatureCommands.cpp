@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "Common.h"
+#include "DiscoveryCommands.h"
 
 namespace {
 
@@ -43,70 +44,12 @@ void Fail(const char* aWhat, const char* aName, TvkError_t aStatus) {
     fprintf(stderr, "tavik: cannot %s '%s': %s (%d)\n", aWhat, aName, ErrorText(aStatus), aStatus);
 }
 
-// The current value as text; a status when it cannot be read.
-TvkError_t ValueText(TvkHandle_t aHandle, const TvkFeatureInfo_t& aInfo, std::string& aText) {
-    const char* name = aInfo.name;
-    char text[64] = {};
-    TvkError_t status = TvkErrorSuccess;
-    switch (aInfo.featureDataType) {
-    case TvkFeatureDataInt: {
-        int64_t value = 0;
-        status = TvkFeatureIntGet(aHandle, name, &value);
-        snprintf(text, sizeof(text), "%" PRId64, value);
-        break;
-    }
-    case TvkFeatureDataFloat: {
-        double value = 0.0;
-        status = TvkFeatureFloatGet(aHandle, name, &value);
-        snprintf(text, sizeof(text), "%g", value);
-        break;
-    }
-    case TvkFeatureDataEnum: {
-        const char* value = nullptr;
-        status = TvkFeatureEnumGet(aHandle, name, &value);
-        if (status == TvkErrorSuccess) aText = value;
-        return status;
-    }
-    case TvkFeatureDataString: {
-        uint32_t size = 0;
-        status = TvkFeatureStringGet(aHandle, name, nullptr, 0, &size);
-        if (status != TvkErrorSuccess) return status;
-        std::vector<char> buffer(size + 1u, '\0');
-        status = TvkFeatureStringGet(aHandle, name, buffer.data(), size + 1u, &size);
-        aText = "\"" + std::string(buffer.data()) + "\"";
-        return status;
-    }
-    case TvkFeatureDataBool: {
-        TvkBool_t value = 0;
-        status = TvkFeatureBoolGet(aHandle, name, &value);
-        snprintf(text, sizeof(text), "%s", value ? "true" : "false");
-        break;
-    }
-    case TvkFeatureDataCommand:
-        snprintf(text, sizeof(text), "(command)");
-        break;
-    case TvkFeatureDataRaw: {
-        uint32_t length = 0;
-        status = TvkFeatureRawLengthQuery(aHandle, name, &length);
-        snprintf(text, sizeof(text), "(%u bytes)", length);
-        break;
-    }
-    default:
-        snprintf(text, sizeof(text), "?");
-        break;
-    }
-    if (status == TvkErrorSuccess) aText = text;
-    return status;
-}
-
-// The handle of a target word; only the system has features here so far.
+// With the library started: the handle of a target word, the system or a
+// camera (opened until shutdown).
 bool Target(const char* aWord, TvkHandle_t& aHandle) {
-    if (std::strcmp(aWord, "system") == 0) {
-        aHandle = TVK_SYSTEM_HANDLE;
-        return true;
-    }
-    fprintf(stderr, "tavik: unknown target '%s' (try \"system\")\n", aWord);
-    return false;
+    if (std::strcmp(aWord, "system") != 0) return OpenCamera(aWord, aHandle);
+    aHandle = TVK_SYSTEM_HANDLE;
+    return true;
 }
 
 // Runs aWork between start-up and shutdown; 1 on any failure.
@@ -242,7 +185,7 @@ bool ShowFeatures(TvkHandle_t aHandle) {
         std::string value;
         if (!(info.featureFlags & TvkFeatureFlagsRead))
             value = "(not readable)";
-        else if (TvkError_t read = ValueText(aHandle, info, value); read != TvkErrorSuccess)
+        else if (TvkError_t read = FeatureValueText(aHandle, info, value); read != TvkErrorSuccess)
             value = std::string("<") + ErrorText(read) + ">";
         int indent = static_cast<int>(2 * path.size());
         printf("%*s%-*s %-8s %-3s %s\n", indent, "", std::max(1, 34 - indent), info.name,
@@ -255,7 +198,7 @@ bool ShowFeature(TvkHandle_t aHandle, const char* aName) {
     TvkFeatureInfo_t info{};
     std::string value;
     TvkError_t status = TvkFeatureInfoQuery(aHandle, aName, &info, sizeof(info));
-    if (status == TvkErrorSuccess) status = ValueText(aHandle, info, value);
+    if (status == TvkErrorSuccess) status = FeatureValueText(aHandle, info, value);
     if (status != TvkErrorSuccess) {
         Fail("read", aName, status);
         return false;
@@ -295,14 +238,69 @@ bool WriteFeature(TvkHandle_t aHandle, const char* aName, const char* aValue) {
 
 } // namespace
 
+TvkError_t FeatureValueText(TvkHandle_t aHandle, const TvkFeatureInfo_t& aInfo,
+                            std::string& aText) {
+    const char* name = aInfo.name;
+    char text[64] = {};
+    TvkError_t status = TvkErrorSuccess;
+    switch (aInfo.featureDataType) {
+    case TvkFeatureDataInt: {
+        int64_t value = 0;
+        status = TvkFeatureIntGet(aHandle, name, &value);
+        snprintf(text, sizeof(text), "%" PRId64, value);
+        break;
+    }
+    case TvkFeatureDataFloat: {
+        double value = 0.0;
+        status = TvkFeatureFloatGet(aHandle, name, &value);
+        snprintf(text, sizeof(text), "%g", value);
+        break;
+    }
+    case TvkFeatureDataEnum: {
+        const char* value = nullptr;
+        status = TvkFeatureEnumGet(aHandle, name, &value);
+        if (status == TvkErrorSuccess) aText = value;
+        return status;
+    }
+    case TvkFeatureDataString: {
+        uint32_t size = 0;
+        status = TvkFeatureStringGet(aHandle, name, nullptr, 0, &size);
+        if (status != TvkErrorSuccess) return status;
+        std::vector<char> buffer(size + 1u, '\0');
+        status = TvkFeatureStringGet(aHandle, name, buffer.data(), size + 1u, &size);
+        aText = "\"" + std::string(buffer.data()) + "\"";
+        return status;
+    }
+    case TvkFeatureDataBool: {
+        TvkBool_t value = 0;
+        status = TvkFeatureBoolGet(aHandle, name, &value);
+        snprintf(text, sizeof(text), "%s", value ? "true" : "false");
+        break;
+    }
+    case TvkFeatureDataCommand:
+        snprintf(text, sizeof(text), "(command)");
+        break;
+    case TvkFeatureDataRaw: {
+        uint32_t length = 0;
+        status = TvkFeatureRawLengthQuery(aHandle, name, &length);
+        snprintf(text, sizeof(text), "(%u bytes)", length);
+        break;
+    }
+    default:
+        snprintf(text, sizeof(text), "?");
+        break;
+    }
+    if (status == TvkErrorSuccess) aText = text;
+    return status;
+}
+
 int FeaturesCommand(int aCount, char** aWords) {
     TvkHandle_t handle = nullptr;
     if (aCount != 1) {
         fprintf(stderr, "usage: tavik features TARGET\n");
         return 2;
     }
-    if (!Target(aWords[0], handle)) return 1;
-    return Started([&] { return ShowFeatures(handle); });
+    return Started([&] { return Target(aWords[0], handle) && ShowFeatures(handle); });
 }
 
 int GetCommand(int aCount, char** aWords) {
@@ -311,8 +309,7 @@ int GetCommand(int aCount, char** aWords) {
         fprintf(stderr, "usage: tavik get TARGET NAME\n");
         return 2;
     }
-    if (!Target(aWords[0], handle)) return 1;
-    return Started([&] { return ShowFeature(handle, aWords[1]); });
+    return Started([&] { return Target(aWords[0], handle) && ShowFeature(handle, aWords[1]); });
 }
 
 int SetCommand(int aCount, char** aWords) {
@@ -321,9 +318,10 @@ int SetCommand(int aCount, char** aWords) {
         fprintf(stderr, "usage: tavik set TARGET NAME [VALUE]\n");
         return 2;
     }
-    if (!Target(aWords[0], handle)) return 1;
-    return Started(
-        [&] { return WriteFeature(handle, aWords[1], aCount == 3 ? aWords[2] : nullptr); });
+    return Started([&] {
+        return Target(aWords[0], handle) &&
+               WriteFeature(handle, aWords[1], aCount == 3 ? aWords[2] : nullptr);
+    });
 }
 
 int FeatureDemo() {

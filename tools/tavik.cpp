@@ -1,9 +1,10 @@
 // tavik: the command-line tool. Each command is one function in the table
-// below; discovery and capture commands join it as the library gains them.
+// below; capture commands join it as the library gains them.
 #include <cstdio>
 #include <cstring>
 
 #include "Common.h"
+#include "DiscoveryCommands.h"
 #include "FeatureCommands.h"
 #include "Producers.h"
 
@@ -34,8 +35,9 @@ int Producers(int, char**) {
 }
 
 // What works today, end to end: start-up finds and loads the producers, each
-// tells about its transport layer, the system's features are read and
-// written, and shutdown unloads the producers again.
+// tells about its transport layer, the cameras are listed and one is opened,
+// the system's features are read and written, and shutdown unloads the
+// producers again.
 int Demo(int aCount, char** aWords) {
     Version(aCount, aWords);
     printf("Starting up (producers are searched in the current directory and in "
@@ -44,6 +46,8 @@ int Demo(int aCount, char** aWords) {
     PrintProducers();
     printf("Shutting down...\n");
     TvkShutdown();
+    printf("\n");
+    if (CameraDemo() != 0) return 1;
     printf("\n");
     return FeatureDemo();
 }
@@ -59,10 +63,13 @@ constexpr tCommand kCommands[] = {
     {"version", "", "print the library version", &Version},
     {"producers", "", "start up and show the producers found and their transport layers",
      &Producers},
-    {"features", "TARGET", "the tree of a target's features (TARGET: system)", &FeaturesCommand},
+    {"list", "", "the interfaces and cameras", &ListCommand},
+    {"info", "CAMERA", "one camera (an identifier, serial number or list number)", &InfoCommand},
+    {"features", "TARGET", "the tree of a target's features (TARGET: system or a CAMERA)",
+     &FeaturesCommand},
     {"get", "TARGET NAME", "one feature's value", &GetCommand},
     {"set", "TARGET NAME [VALUE]", "write a feature (a command runs without a value)", &SetCommand},
-    {"demo", "", "version, producers, the system's features", &Demo},
+    {"demo", "", "version, producers, cameras, a camera's and the system's features", &Demo},
 };
 
 int Usage() {
