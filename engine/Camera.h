@@ -40,15 +40,6 @@ public:
     bool OnRequest(llk::cRequest* aRequest) override;
     bool OnMessage(llk::cMessage* aMessage) override;
 
-    // The camera port: the registers behind the engine's documents.
-    llk::i4 OnPortQueryXML(llk::u4 aUid, void* aBuffer, llk::u4 aSize, llk::u4& aLength,
-                           llk::u4 aInfo, llk::u4 aIndex) override;
-    llk::i4 OnPortFetchXML(llk::u4 aUid, void* aBuffer, llk::u4 aSize, llk::u4& aLength,
-                           llk::u4 aIndex) override;
-    llk::i4 OnPortFetch(llk::u4 aUid, llk::u8 aAddress, llk::u4 aLength, void* aBuffer,
-                        llk::u4& aFetched) override;
-    llk::i4 OnPortStore(llk::u4 aUid, llk::u8 aAddress, llk::u4 aLength, const void* aBuffer,
-                        llk::u4& aStored) override;
     llk::i4 OnRegisterFetch(llk::u8 aBase, llk::u4 aOffset, void* aBytes, llk::u4 aCount) override;
     llk::i4 OnRegisterStore(llk::u8 aBase, llk::u4 aOffset, const void* aBytes,
                             llk::u4 aCount) override;
@@ -73,6 +64,8 @@ private:
     void ListenForInvalidations();
     void CloseStream();
     bool IsGigE() const { return Aggregate()->Type() == kInterfaceEthernet; }
+    // The camera port: the registers behind the engine's documents.
+    llk::cRegistery* RegisterMap() const override { return mRegistery; }
 
     // The feature tree, from the documents the mode calls for.
     void BuildFeatures();

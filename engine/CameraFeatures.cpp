@@ -223,28 +223,6 @@ int cCameraActor::PatchStreamDocument(gik::cRuntime*, TiXmlNode* aDescription, v
 
 // ---- The camera port ------------------------------------------------------------------
 
-llk::i4 cCameraActor::OnPortQueryXML(llk::u4, void*, llk::u4, llk::u4&, llk::u4, llk::u4) {
-    return llk::kNotImplemented;
-}
-
-llk::i4 cCameraActor::OnPortFetchXML(llk::u4, void*, llk::u4, llk::u4&, llk::u4) {
-    return llk::kNotImplemented;
-}
-
-llk::i4 cCameraActor::OnPortFetch(llk::u4, llk::u8 aAddress, llk::u4 aLength, void* aBuffer,
-                                  llk::u4& aFetched) {
-    aFetched = aLength;
-    llk::i4 status = mRegistery->Fetch(static_cast<llk::u4>(aAddress), aBuffer, aFetched);
-    return status == llk::kOutOfRange || status == llk::kNoMatch ? kNoAccess : status;
-}
-
-llk::i4 cCameraActor::OnPortStore(llk::u4, llk::u8 aAddress, llk::u4 aLength, const void* aBuffer,
-                                  llk::u4& aStored) {
-    aStored = aLength;
-    llk::i4 status = mRegistery->Store(static_cast<llk::u4>(aAddress), aBuffer, aStored);
-    return status == llk::kOutOfRange || status == llk::kNoMatch ? kNoAccess : status;
-}
-
 llk::i4 cCameraActor::RemoteFetch(llk::u4 aAddress, llk::u4& aValue) {
     llk::u4 done = 0;
     llk::i4 status = mRemotePort->Fetch(aAddress, sizeof(aValue), &aValue, done);

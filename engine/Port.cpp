@@ -1,5 +1,7 @@
 #include "engine/Port.h"
 
+#include "TavikC.h"
+
 #include <algorithm>
 
 #include <cstring>
@@ -11,6 +13,7 @@ namespace tvk {
 
 namespace {
 constexpr llk::i4 kBufferTooSmall = 18;
+constexpr llk::i4 kNoAccess = TvkErrorInvalidAccess;
 } // namespace
 
 llk::i4 cDirectPort::Initialize(cProducer* aProducer, gc::PORT_HANDLE aHandle, bool aReadOnly) {
@@ -149,6 +152,28 @@ llk::i4 cDelegatePort::QueryXML(void* aBuffer, llk::u4 aSize, llk::u4& aLength, 
 
 llk::i4 cDelegatePort::FetchXML(void* aBuffer, llk::u4 aSize, llk::u4& aLength, llk::u4 aIndex) {
     return mDelegate->OnPortFetchXML(mUid, aBuffer, aSize, aLength, aIndex);
+}
+
+llk::i4 pRegisterMapDelegate::OnPortQueryXML(llk::u4, void*, llk::u4, llk::u4&, llk::u4, llk::u4) {
+    return llk::kNotImplemented;
+}
+
+llk::i4 pRegisterMapDelegate::OnPortFetchXML(llk::u4, void*, llk::u4, llk::u4&, llk::u4) {
+    return llk::kNotImplemented;
+}
+
+llk::i4 pRegisterMapDelegate::OnPortFetch(llk::u4, llk::u8 aAddress, llk::u4 aLength, void* aBuffer,
+                                          llk::u4& aFetched) {
+    aFetched = aLength;
+    llk::i4 status = RegisterMap()->Fetch(static_cast<llk::u4>(aAddress), aBuffer, aFetched);
+    return status == llk::kOutOfRange || status == llk::kNoMatch ? kNoAccess : status;
+}
+
+llk::i4 pRegisterMapDelegate::OnPortStore(llk::u4, llk::u8 aAddress, llk::u4 aLength,
+                                          const void* aBuffer, llk::u4& aStored) {
+    aStored = aLength;
+    llk::i4 status = RegisterMap()->Store(static_cast<llk::u4>(aAddress), aBuffer, aStored);
+    return status == llk::kOutOfRange || status == llk::kNoMatch ? kNoAccess : status;
 }
 
 } // namespace tvk

@@ -4,6 +4,7 @@
 
 #include "engine/Producer.h"
 #include "gik/Port.h"
+#include "kit/Registery.h"
 
 namespace tvk {
 
@@ -82,11 +83,29 @@ public:
     }
 };
 
+// What answers a pseudo port from a register map: an address the map does
+// not hold is no access, and there is no document of its own.
+class pRegisterMapDelegate : public pPortDelegate {
+public:
+    llk::i4 OnPortQueryXML(llk::u4 aUid, void* aBuffer, llk::u4 aSize, llk::u4& aLength,
+                           llk::u4 aInfo, llk::u4 aIndex) override;
+    llk::i4 OnPortFetchXML(llk::u4 aUid, void* aBuffer, llk::u4 aSize, llk::u4& aLength,
+                           llk::u4 aIndex) override;
+    // By the low 32 bits of the address.
+    llk::i4 OnPortFetch(llk::u4 aUid, llk::u8 aAddress, llk::u4 aLength, void* aBuffer,
+                        llk::u4& aFetched) override;
+    llk::i4 OnPortStore(llk::u4 aUid, llk::u8 aAddress, llk::u4 aLength, const void* aBuffer,
+                        llk::u4& aStored) override;
+
+protected:
+    virtual llk::cRegistery* RegisterMap() const = 0;
+};
+
 // The engine's own register maps behind its built-in documents.
 class cPseudoPort : public cDelegatePort {
 public:
-    using pDelegate = pPortDelegate;
-    static cPseudoPort* New(llk::u4 aUid, pDelegate* aDelegate, bool aReadOnly) {
+    using pDelegate = pRegisterMapDelegate;
+    static cPseudoPort* New(llk::u4 aUid, pPortDelegate* aDelegate, bool aReadOnly) {
         return Make<cPseudoPort>(aUid, aDelegate, aReadOnly);
     }
 };

@@ -49,17 +49,6 @@ public:
     // Discovery news; deferred while an invalidation is still reporting.
     bool OnMessage(llk::cMessage* aMessage) override;
 
-    // The pseudo port: registers by the low 32 bits of the address; no
-    // document of its own.
-    llk::i4 OnPortQueryXML(llk::u4 aUid, void* aBuffer, llk::u4 aSize, llk::u4& aLength,
-                           llk::u4 aInfo, llk::u4 aIndex) override;
-    llk::i4 OnPortFetchXML(llk::u4 aUid, void* aBuffer, llk::u4 aSize, llk::u4& aLength,
-                           llk::u4 aIndex) override;
-    llk::i4 OnPortFetch(llk::u4 aUid, llk::u8 aAddress, llk::u4 aLength, void* aBuffer,
-                        llk::u4& aFetched) override;
-    llk::i4 OnPortStore(llk::u4 aUid, llk::u8 aAddress, llk::u4 aLength, const void* aBuffer,
-                        llk::u4& aStored) override;
-
     // The register switch.
     llk::i4 OnRegisterFetch(llk::u8 aBase, llk::u4 aOffset, void* aBytes, llk::u4 aCount) override;
     llk::i4 OnRegisterStore(llk::u8 aBase, llk::u4 aOffset, const void* aBytes,
@@ -92,6 +81,8 @@ private:
     // Invalidates two registers and tells the callbacks of every feature
     // that reached.
     void Republish(const char* aEvent, const char* aIdent);
+
+    llk::cRegistery* RegisterMap() const override { return mRegistery; }
 
     llk::cRegistery* mRegistery = nullptr;
     cPseudoPort* mPort = nullptr;

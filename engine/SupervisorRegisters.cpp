@@ -73,28 +73,6 @@ llk::u8 Get(const llk::u1* aImage, llk::u4 aLength) {
 
 } // namespace
 
-llk::i4 cSupervisorActor::OnPortQueryXML(llk::u4, void*, llk::u4, llk::u4&, llk::u4, llk::u4) {
-    return llk::kNotImplemented;
-}
-
-llk::i4 cSupervisorActor::OnPortFetchXML(llk::u4, void*, llk::u4, llk::u4&, llk::u4) {
-    return llk::kNotImplemented;
-}
-
-llk::i4 cSupervisorActor::OnPortFetch(llk::u4, llk::u8 aAddress, llk::u4 aLength, void* aBuffer,
-                                      llk::u4& aFetched) {
-    aFetched = aLength;
-    llk::i4 status = mRegistery->Fetch(static_cast<llk::u4>(aAddress), aBuffer, aFetched);
-    return status == llk::kOutOfRange || status == llk::kNoMatch ? kNoAccess : status;
-}
-
-llk::i4 cSupervisorActor::OnPortStore(llk::u4, llk::u8 aAddress, llk::u4 aLength,
-                                      const void* aBuffer, llk::u4& aStored) {
-    aStored = aLength;
-    llk::i4 status = mRegistery->Store(static_cast<llk::u4>(aAddress), aBuffer, aStored);
-    return status == llk::kOutOfRange || status == llk::kNoMatch ? kNoAccess : status;
-}
-
 llk::i4 cSupervisorActor::OnRegisterFetch(llk::u8 aBase, llk::u4 aOffset, void* aBytes,
                                           llk::u4 aCount) {
     llk::u1 image[kLargest] = {};
