@@ -2,8 +2,6 @@
 // each document the kernel accepts, and every feature of it is listed,
 // described and read through the TvkFeature calls with the results the
 // kernel gives when it reads the same zero-filled register space itself.
-#include <zlib.h>
-
 #include <cstring>
 #include <fstream>
 #include <set>
@@ -12,6 +10,7 @@
 #include <vector>
 
 #include "FlatFixture.h"
+#include "ZipEntry.h"
 #include "gik/Node.h"
 #include "gik/Port.h"
 #include "gik/Runtime.h"
@@ -35,38 +34,6 @@ std::string ReadFile(const std::string& aPath) {
     std::stringstream text;
     text << file.rdbuf();
     return text.str();
-}
-
-// The first entry of a ZIP archive that is not "__MACOSX/" junk, inflated.
-std::string FirstZipEntry(const std::string& aZip) {
-    auto u16 = [&](size_t at) {
-        return unsigned(uint8_t(aZip[at])) | unsigned(uint8_t(aZip[at + 1])) << 8;
-    };
-    for (size_t at = 0; at + 30 <= aZip.size() && u16(at) == 0x4b50 && u16(at + 2) == 0x0403;) {
-        const size_t packed = u16(at + 18) | size_t(u16(at + 20)) << 16;
-        const std::string name = aZip.substr(at + 30, u16(at + 26));
-        const size_t data = at + 30 + name.size() + u16(at + 28);
-        if (name.rfind("__MACOSX/", 0) == 0 || u16(at + 8) != 8) {
-            at = data + packed;
-            continue;
-        }
-        z_stream z{};
-        if (inflateInit2(&z, -MAX_WBITS) != Z_OK) return {};
-        z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(&aZip[data]));
-        z.avail_in = static_cast<uInt>(aZip.size() - data);
-        std::string text;
-        int status = Z_OK;
-        while (status == Z_OK) {
-            char out[16384];
-            z.next_out = reinterpret_cast<Bytef*>(out);
-            z.avail_out = sizeof(out);
-            status = inflate(&z, Z_NO_FLUSH);
-            text.append(out, sizeof(out) - z.avail_out);
-        }
-        inflateEnd(&z);
-        return status == Z_STREAM_END ? text : std::string();
-    }
-    return {};
 }
 
 // The register space of a simulated camera served with another document:
@@ -219,8 +186,8 @@ TEST_F(RealDocumentsTest, EveryFeatureReadsAsTheKernelReadsIt) {
         const std::string name = entry.path().filename().string();
         const bool zipped = entry.path().extension() == ".zip";
         if (entry.path().extension() != ".xml" && !zipped) continue;
-        std::string text = ReadFile(entry.path().string());
-        if (zipped) text = FirstZipEntry(text);
+        std::string text =
+            zipped ? test::FirstZipEntry(entry.path().string()) : ReadFile(entry.path().string());
         std::string file = entry.path().string();
         if (zipped) {
             file = (mDir / (name + ".xml")).string();
