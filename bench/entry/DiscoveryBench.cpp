@@ -4,28 +4,20 @@
 #include <benchmark/benchmark.h>
 
 #include <dlfcn.h>
-#include <unistd.h>
-
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
+#include <sstream>
 #include <string>
 #include <vector>
 
-#include "TavikC.h"
+#include "Simulator.h"
 #include "TavikSimControl.h"
 
 namespace {
 
 constexpr int kInterfaces = 16;
-std::filesystem::path gConfig;
-
 // 16 interfaces sharing the cameras, and one more camera, unplugged, that
 // the second benchmark plugs in.
 void StartWithCameras(const benchmark::State& aState) {
-    gConfig = std::filesystem::temp_directory_path() /
-              ("tavik-discovery-bench-" + std::to_string(getpid()) + ".xml");
-    std::ofstream config(gConfig);
+    std::ostringstream config;
     config << "<TavikSim>\n";
     for (int i = 0; i < kInterfaces; ++i) {
         config << "<Interface id=\"IF-" << i << "\">";
@@ -35,16 +27,7 @@ void StartWithCameras(const benchmark::State& aState) {
         config << "</Interface>\n";
     }
     config << "</TavikSim>\n";
-    config.close();
-    setenv("TAVIK_SIM_CONFIG", gConfig.c_str(), 1);
-    setenv("GENICAM_GENTL64_PATH", std::filesystem::path(TAVIK_SIM_PRODUCER).parent_path().c_str(),
-           1);
-    if (TvkStartup() != TvkErrorSuccess) abort();
-}
-
-void Stop(const benchmark::State&) {
-    TvkShutdown();
-    std::filesystem::remove(gConfig);
+    bench::StartSimulator(config.str());
 }
 
 uint32_t ListCameras(std::vector<TvkCameraInfo_t>& aCameras) {
@@ -65,7 +48,7 @@ void BM_CamerasList(benchmark::State& aState) {
 // 16, 64 and 256 cameras, each size after its own start-up.
 void AtScale(benchmark::internal::Benchmark* aBenchmark) {
     aBenchmark->Setup(StartWithCameras)
-        ->Teardown(Stop)
+        ->Teardown(bench::StopSimulator)
         ->Arg(16)
         ->Arg(64)
         ->Arg(256)

@@ -4,16 +4,12 @@
 // the document.
 #include <benchmark/benchmark.h>
 
-#include <unistd.h>
-
-#include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
 
-#include "TavikC.h"
+#include "Simulator.h"
 #include "gik/Port.h"
 #include "gik/Runtime.h"
 #include "kit/AutoreleasePool.h"
@@ -25,23 +21,10 @@ const std::string kDocuments[] = {
     TAVIK_SOURCE_DIR "/../shared/testdata/genicam/Teledyne_ShadoBox.xml",
 };
 
-std::filesystem::path gConfig;
-
 void StartWithCamera(const benchmark::State& aState) {
-    gConfig = std::filesystem::temp_directory_path() /
-              ("tavik-open-bench-" + std::to_string(getpid()) + ".xml");
     const std::string document = aState.range(0) == 0 ? "" : kDocuments[aState.range(0)];
-    std::ofstream(gConfig) << "<TavikSim><Interface id=\"IF\"><Camera id=\"Cam\" document=\""
-                           << document << "\"/></Interface></TavikSim>";
-    setenv("TAVIK_SIM_CONFIG", gConfig.c_str(), 1);
-    setenv("GENICAM_GENTL64_PATH", std::filesystem::path(TAVIK_SIM_PRODUCER).parent_path().c_str(),
-           1);
-    if (TvkStartup() != TvkErrorSuccess) abort();
-}
-
-void Stop(const benchmark::State&) {
-    TvkShutdown();
-    std::filesystem::remove(gConfig);
+    bench::StartSimulator("<TavikSim><Interface id=\"IF\"><Camera id=\"Cam\" document=\"" +
+                          document + "\"/></Interface></TavikSim>");
 }
 
 void BM_CameraOpenClose(benchmark::State& aState) {
@@ -57,7 +40,7 @@ void BM_CameraOpenClose(benchmark::State& aState) {
 // 0: the simulator's document, 1: the real one.
 BENCHMARK(BM_CameraOpenClose)
     ->Setup(StartWithCamera)
-    ->Teardown(Stop)
+    ->Teardown(bench::StopSimulator)
     ->Arg(0)
     ->Arg(1)
     ->Unit(benchmark::kMillisecond)
