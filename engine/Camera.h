@@ -6,6 +6,7 @@
 
 #include "TavikC.h"
 #include "engine/Actor.h"
+#include "engine/GigEDocument.h"
 #include "engine/Port.h"
 #include "engine/Proxy.h"
 #include "kit/Registery.h"
@@ -16,9 +17,6 @@ class cCameraActor : public pActor,
                      public cPseudoPort::pDelegate,
                      public llk::cRegistery::pDelegate {
 public:
-    // Remote device events of ids kEventFirst up to this many are kept.
-    static constexpr llk::u4 kEventRows = 32;
-    static constexpr llk::u4 kEventFirst = 40000;
     static constexpr llk::u4 kEventOverflow = 0xFFFE;
     static constexpr llk::u4 kEventError = 0xFFFF;
 
@@ -99,9 +97,7 @@ private:
     bool mLost = false; // the device has gone: it stays so until closed
     tEventRow mEventRows[kEventRows] = {};
     bool mHasEvents = false;
-    // GevSCPSPacketSize bounds of the device's document, for the stream's.
-    bool mHasPacketLimits = false;
-    llk::i8 mPacketMin = 0, mPacketMax = 0;
+    tGigEDocument mGigE;
     tEventSlot mOverflow = {}, mError = {};
     tEventSlot mSlots[kEventRows] = {};
 };

@@ -3,17 +3,15 @@
 // the camera port whose registers serve the engine's documents.
 #include <tinyxml.h>
 
-#include <cstdio>
 #include <cstring>
 #include <string>
-#include <utility>
 
 #include "engine/BuiltinDocuments.h"
 #include "engine/Camera.h"
 #include "engine/Features.h"
+#include "engine/GigEDocument.h"
 #include "engine/Global.h"
 #include "gik/Runtime.h"
-#include "gik/Text.h"
 #include "kit/Env.h"
 
 namespace tvk {
@@ -34,9 +32,7 @@ enum : llk::u4 {
     kOverflowFrame = 0x28,
     kErrorStamp = 0x2C,
     kErrorFrame = 0x34,
-    kEventSlots = 0x38,
 };
-constexpr llk::u4 kSlotSize = 16;
 
 constexpr llk::cRegistery::tRegister kRegisters[] = {
     {kCurrentIP, 4, 0x24},
@@ -51,7 +47,7 @@ constexpr llk::cRegistery::tRegister kRegisters[] = {
     {kOverflowFrame, 4, 0},
     {kErrorStamp, 8, 0},
     {kErrorFrame, 4, 0},
-    {kEventSlots, cCameraActor::kEventRows* kSlotSize, 0},
+    {kEventSlots, kEventRows* kEventSlotSize, 0},
 };
 static_assert(sizeof(kRegisters) / sizeof(kRegisters[0]) == 13, "the camera port's registers");
 
@@ -69,53 +65,6 @@ constexpr llk::i4 kBadValue = TvkErrorBadParameter;
 void PutBigEndian(llk::u1* aBytes, llk::u8 aValue, llk::u4 aLength) {
     for (llk::u4 i = 0; i < aLength; ++i)
         aBytes[i] = static_cast<llk::u1>(aValue >> (8 * (aLength - 1 - i)));
-}
-
-// The element named aName among aParent's children, looking into groups.
-TiXmlElement* SearchForNode(TiXmlElement* aParent, const char* aName) {
-    for (TiXmlElement* e = aParent->FirstChildElement(); e; e = e->NextSiblingElement()) {
-        const char* name = e->Attribute("Name");
-        if (name && strcmp(name, aName) == 0) return e;
-        if (strcmp(e->Value(), "Group") == 0)
-            if (TiXmlElement* found = SearchForNode(e, aName)) return found;
-    }
-    return nullptr;
-}
-
-TiXmlElement* AddChild(TiXmlElement* aParent, const char* aTag, const std::string& aText) {
-    auto* child = new TiXmlElement(aTag);
-    child->LinkEndChild(new TiXmlText(aText.c_str()));
-    aParent->LinkEndChild(child);
-    return child;
-}
-
-TiXmlElement* AddNode(TiXmlElement* aDescription, const char* aTag, const std::string& aName) {
-    auto* node = new TiXmlElement(aTag);
-    node->SetAttribute("Name", aName.c_str());
-    aDescription->LinkEndChild(node);
-    return node;
-}
-
-// An unsigned, read-only event register on the camera port, and the
-// integer feature over it.
-void AddEventFeature(TiXmlElement* aDescription, TiXmlElement* aCategory,
-                     const std::string& aFeature, const std::string& aRegister, llk::u4 aAddress,
-                     llk::u4 aLength, const std::string& aInvalidator, const char* aImplemented) {
-    TiXmlElement* feature = AddNode(aDescription, "Integer", aFeature);
-    AddChild(feature, "Visibility", "Expert");
-    if (aImplemented) AddChild(feature, "pIsImplemented", aImplemented);
-    AddChild(feature, "pValue", aRegister);
-    TiXmlElement* reg = AddNode(aDescription, "IntReg", aRegister);
-    char address[16];
-    snprintf(address, sizeof(address), "0x%X", aAddress);
-    AddChild(reg, "Address", address);
-    AddChild(reg, "Length", std::to_string(aLength));
-    AddChild(reg, "AccessMode", "RO");
-    AddChild(reg, "pPort", "CameraPort");
-    AddChild(reg, "pInvalidator", aInvalidator);
-    AddChild(reg, "Sign", "Unsigned");
-    AddChild(reg, "Endianess", "BigEndian");
-    AddChild(aCategory, "pFeature", aFeature);
 }
 
 } // namespace
@@ -164,60 +113,29 @@ llk::i4 cCameraActor::ConnectDocuments() {
     return llk::kOk;
 }
 
-// The device's document of a GigE Vision camera: keeps the packet size
-// bounds for the stream, and adds a timestamp and a frame id feature for
-// each event the camera can send.
+// The document edits of a GigE Vision camera, with what they found kept
+// for the stream's document and the remote events.
 int cCameraActor::TweakDeviceDocument(gik::cRuntime*, TiXmlNode* aDescription, void* aContext) {
     auto* self = static_cast<cCameraActor*>(aContext);
     TiXmlElement* description = aDescription ? aDescription->ToElement() : nullptr;
     if (!description) return llk::kOk;
-    if (TiXmlElement* packetSize = SearchForNode(description, "GevSCPSPacketSize"))
-        self->mHasPacketLimits =
-            gik::sText::ReadInteger(gik::sText::ChildText(packetSize, "Min"), self->mPacketMin) &&
-            gik::sText::ReadInteger(gik::sText::ChildText(packetSize, "Max"), self->mPacketMax);
-
-    TiXmlElement* selector = SearchForNode(description, "EventSelector");
-    TiXmlElement* control = SearchForNode(description, "EventControl");
-    if (!selector || !control) return llk::kOk;
-    TiXmlElement* category = AddNode(description, "Category", "EventData");
-    AddChild(control, "pFeature", "EventData");
-    for (TiXmlElement* entry = selector->FirstChildElement("EnumEntry"); entry;
-         entry = entry->NextSiblingElement("EnumEntry")) {
-        llk::i8 value = 0;
-        const char* name = entry->Attribute("Name");
-        if (!name || !gik::sText::ReadInteger(gik::sText::ChildText(entry, "Value"), value) ||
-            value < kEventFirst || value >= kEventFirst + kEventRows)
-            continue;
-        const llk::u4 index = static_cast<llk::u4>(value - kEventFirst);
-        const std::string event = std::string("Event") + name;
-        const char* implemented = gik::sText::ChildText(entry, "pIsImplemented");
-        AddEventFeature(description, category, event + "Timestamp", "Reg" + event + "Timestamp",
-                        index * kSlotSize + kEventSlots, 8, event, implemented);
-        AddEventFeature(description, category, event + "FrameID", "Reg" + event + "FrameID",
-                        (index + 4) * kSlotSize, 4, event, implemented);
-        cGlobal* global = self->Global();
-        self->mEventRows[index] = {global->Cache(event.c_str()),
-                                   global->Cache(("Reg" + event + "Timestamp").c_str()),
-                                   global->Cache(("Reg" + event + "FrameID").c_str())};
+    TweakGigEDeviceDocument(description, self->mGigE);
+    cGlobal* global = self->Global();
+    for (llk::u4 i = 0; i < kEventRows; ++i) {
+        const std::string& event = self->mGigE.events[i];
+        if (event.empty()) continue;
+        self->mEventRows[i] = {global->Cache(event.c_str()),
+                               global->Cache(("Reg" + event + "Timestamp").c_str()),
+                               global->Cache(("Reg" + event + "FrameID").c_str())};
         self->mHasEvents = true;
     }
     return llk::kOk;
 }
 
-// The stream module's document of a GigE Vision camera: the packet size
-// bounds become the camera's own.
 int cCameraActor::PatchStreamDocument(gik::cRuntime*, TiXmlNode* aDescription, void* aContext) {
     auto* self = static_cast<cCameraActor*>(aContext);
     TiXmlElement* description = aDescription ? aDescription->ToElement() : nullptr;
-    if (!description || !self->mHasPacketLimits) return llk::kOk;
-    const std::pair<const char*, llk::i8> bounds[] = {{"GVSPPacketSizeMin", self->mPacketMin},
-                                                      {"GVSPPacketSizeMax", self->mPacketMax}};
-    for (const auto& [name, value] : bounds) {
-        TiXmlElement* node = SearchForNode(description, name);
-        if (!node) continue;
-        if (TiXmlElement* pValue = node->FirstChildElement("pValue")) node->RemoveChild(pValue);
-        AddChild(node, "Value", std::to_string(value));
-    }
+    if (description) PatchGigEStreamDocument(description, self->mGigE);
     return llk::kOk;
 }
 
@@ -241,10 +159,10 @@ llk::i4 cCameraActor::OnRegisterFetch(llk::u8 aBase, llk::u4 aOffset, void* aByt
     auto* bytes = static_cast<llk::u1*>(aBytes);
     if (aBase == kEventSlots) {
         // Each slot: timestamp (8 bytes) and frame id (4), big-endian.
-        llk::u1 image[kEventRows * kSlotSize] = {};
+        llk::u1 image[kEventRows * kEventSlotSize] = {};
         for (llk::u4 i = 0; i < kEventRows; ++i) {
-            PutBigEndian(image + i * kSlotSize, mSlots[i].stamp, 8);
-            PutBigEndian(image + i * kSlotSize + 8, mSlots[i].frame, 4);
+            PutBigEndian(image + i * kEventSlotSize, mSlots[i].stamp, 8);
+            PutBigEndian(image + i * kEventSlotSize + 8, mSlots[i].frame, 4);
         }
         memcpy(bytes, image + aOffset, aCount);
         return llk::kOk;
