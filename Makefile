@@ -46,10 +46,11 @@ bench:
 # FUZZ_TARGETS picks some. The corpora grow under build/fuzz, findings land
 # there too. Each target: name, seed folder, longest input, dictionary.
 FUZZ_SECONDS ?= 300
-FUZZ_TARGETS ?= document formula zip settings
+FUZZ_TARGETS ?= document formula zip gige settings
 FUZZ_document = gik_fuzz_document document 16384 -dict=fuzz/document.dict
 FUZZ_formula = gik_fuzz_formula formula 1024 -dict=fuzz/formula.dict
 FUZZ_zip = tvk_fuzz_zip zip 65536
+FUZZ_gige = tvk_fuzz_gige gige 16384 -dict=fuzz/document.dict
 FUZZ_settings = llk_fuzz_settings settings 4096 -dict=fuzz/document.dict
 fuzz:
 	@scripts/install-deps clang-14 libclang-rt-14-dev
