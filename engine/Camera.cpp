@@ -20,6 +20,9 @@ constexpr llk::u4 kStreamInvalidateEvent = 13;
 constexpr llk::u4 kDeviceInvalidateEvent = 14;
 // The async call that builds the features.
 constexpr llk::u4 kBuildFeatures = 10;
+// A remote device event's header, and the most an event block may hold.
+constexpr size_t kEventHeader = 16;
+constexpr size_t kEventBlockMax = 1024;
 
 // The open flags of an access mode; 0 for a mode that cannot be had here.
 gc::DEVICE_ACCESS_FLAGS FlagsOf(TvkAccessMode_t aMode, bool aGigE) {
@@ -192,13 +195,14 @@ void cCameraActor::OnEventFired(llk::u4 aUid, const void* aData, llk::u4 aLength
     gc::INFO_DATATYPE type = 0;
     llk::cMessage* message = nullptr;
     if (aUid == kDeviceEvent) {
-        // A GigE Vision event block: id, block id and timestamp, big-endian.
-        llk::u1 block[16] = {};
+        // A GigE Vision event block: id, block id and timestamp, big-endian,
+        // then what the event carries, which is not kept.
+        llk::u1 block[kEventBlockMax] = {};
         size_t size = sizeof(block);
-        if (aLength < sizeof(block) ||
+        if (aLength < kEventHeader ||
             !producer->EventGetDataInfo(mDeviceEvent, aData, aLength, gc::EVENT_DATA_VALUE, &type,
                                         block, &size, nullptr) ||
-            size < sizeof(block))
+            size < kEventHeader)
             return;
         const llk::u4 id = block[2] << 8 | block[3];
         const llk::u4 frame = block[6] << 8 | block[7];

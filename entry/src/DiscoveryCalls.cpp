@@ -11,7 +11,8 @@
 
 namespace {
 
-tvk::cInterfaceProxy* AsInterface(tvk::pProxy* aProxy) {
+// Table entries and list elements of the interface type.
+tvk::cInterfaceProxy* AsInterface(llk::pObject* aProxy) {
     return static_cast<tvk::cInterfaceProxy*>(aProxy);
 }
 
@@ -57,9 +58,7 @@ TvkError_t ListInterfaces(TvkInterfaceInfo_t* aList, uint32_t aLength, uint32_t*
     const size_t bytes = std::min<size_t>(aSize, sizeof(TvkInterfaceInfo_t));
     for (llk::u4 i = 0; i < interfaces->Count(); ++i) {
         TvkInterfaceInfo_t info{};
-        if (AsInterface(static_cast<tvk::pProxy*>(interfaces->AtIndex(i)))->QueryInfo(info) !=
-            llk::kOk)
-            continue;
+        if (AsInterface(interfaces->AtIndex(i))->QueryInfo(info) != llk::kOk) continue;
         // A length of 0 counts them all without a place to put them.
         if (aLength != 0)
             memcpy(reinterpret_cast<char*>(aList) + size_t{copied} * aSize, &info, bytes);
@@ -82,7 +81,7 @@ TvkError_t OpenInterface(const char* aIdentifier, TvkHandle_t* aHandle) {
 // The interface of aInterfaces called aIdentifier, or null.
 tvk::cInterfaceProxy* InterfaceOf(llk::cObjectList* aInterfaces, const char* aIdentifier) {
     for (llk::u4 i = 0; i < aInterfaces->Count(); ++i) {
-        auto* interface = AsInterface(static_cast<tvk::pProxy*>(aInterfaces->AtIndex(i)));
+        auto* interface = AsInterface(aInterfaces->AtIndex(i));
         if (strcmp(interface->Identifier()->Chars(), aIdentifier) == 0) return interface;
     }
     return nullptr;
@@ -134,7 +133,7 @@ TvkError_t OpenCamera(const char* aIdentifier, TvkAccessMode_t aMode, TvkHandle_
     } else {
         // A GigE Vision camera may be reached by an address no list holds.
         for (llk::u4 i = 0; i < interfaces->Count() && !camera; ++i) {
-            auto* interface = AsInterface(static_cast<tvk::pProxy*>(interfaces->AtIndex(i)));
+            auto* interface = AsInterface(interfaces->AtIndex(i));
             if (interface->Aggregate()->Type() == tvk::kInterfaceEthernet)
                 camera = NewCamera(interface, aIdentifier, aMode, status);
         }
