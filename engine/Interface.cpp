@@ -257,17 +257,18 @@ llk::i4 cInterfaceActor::DeviceList(llk::u4 aTag, tDeviceListQuery& aQuery) {
         aQuery.count = producer->InterfaceCount(mInterface, &error);
         return error;
     case kTagQuery: {
+        // The count goes back as the number filled, also on a failure.
+        const llk::u4 wanted = aQuery.count;
+        aQuery.count = 0;
         llk::u4 count = producer->InterfaceCount(mInterface, &error);
         if (error != gc::GC_ERR_SUCCESS) return llk::kBadArgument;
         if (aQuery.index >= count) return llk::kOutOfRange;
-        llk::u4 filled = 0;
         llk::i4 status = llk::kOk;
-        while (filled < aQuery.count && aQuery.index < count && status == llk::kOk) {
-            status = FetchDeviceInfo(nullptr, aQuery.index, aQuery.array[filled]);
-            if (status == llk::kOk) ++filled;
+        while (aQuery.count < wanted && aQuery.index < count && status == llk::kOk) {
+            status = FetchDeviceInfo(nullptr, aQuery.index, aQuery.array[aQuery.count]);
+            if (status == llk::kOk) ++aQuery.count;
             ++aQuery.index;
         }
-        aQuery.count = filled;
         return status;
     }
     case kTagFind:

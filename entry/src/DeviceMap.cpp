@@ -1,5 +1,7 @@
 #include "DeviceMap.h"
 
+#include <vector>
+
 #include "engine/Global.h"
 #include "engine/Interface.h"
 #include "kit/Data.h"
@@ -12,6 +14,15 @@ const TvkCameraInfo_t* InfoOf(llk::pObject* aEntry) {
     return aEntry
                ? reinterpret_cast<const TvkCameraInfo_t*>(static_cast<llk::cData*>(aEntry)->Bytes())
                : nullptr;
+}
+
+// A camera seen on several interfaces keeps the first that gives real
+// access. False when the map cannot take it.
+bool Keep(llk::cObjectMap* aMap, const TvkCameraInfo_t& aInfo) {
+    const TvkCameraInfo_t* known = InfoOf(aMap->Fetch(aInfo.idString));
+    if (known && (GivesAccess(*known) || !GivesAccess(aInfo))) return true;
+    llk::cData* entry = llk::cData::New(&aInfo, sizeof(aInfo));
+    return entry && aMap->Store(aInfo.idString, entry) == llk::kOk;
 }
 
 } // namespace
@@ -32,16 +43,15 @@ llk::i4 uDeviceMap::Renew(tvk::cGlobal* aGlobal, llk::cObjectList* aInterfaces) 
         if (interface->DeviceListRenew() != llk::kOk ||
             interface->DeviceListCount(count) != llk::kOk)
             continue;
-        for (llk::u4 d = 0; d < count; ++d) {
-            TvkCameraInfo_t info{};
-            llk::u4 one = 1;
-            if (interface->DeviceListQuery(d, &info, one) != llk::kOk || one != 1) continue;
-            // A camera seen on several interfaces keeps the first that
-            // gives real access.
-            const TvkCameraInfo_t* known = InfoOf(map->Fetch(info.idString));
-            if (known && (GivesAccess(*known) || !GivesAccess(info))) continue;
-            llk::cData* entry = llk::cData::New(&info, sizeof(info));
-            if (!entry || map->Store(info.idString, entry) != llk::kOk) return llk::kNoMemory;
+        // All of the interface's devices in one request; one that cannot be
+        // described ends it, is left out, and the rest are asked after it.
+        std::vector<TvkCameraInfo_t> infos(count);
+        for (llk::u4 d = 0; d < count;) {
+            llk::u4 filled = count - d;
+            const llk::i4 status = interface->DeviceListQuery(d, &infos[d], filled);
+            for (llk::u4 i = d; i < d + filled; ++i)
+                if (!Keep(map, infos[i])) return llk::kNoMemory;
+            d += filled + (status != llk::kOk);
         }
     }
     return llk::kOk;

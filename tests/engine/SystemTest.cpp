@@ -193,6 +193,7 @@ TEST_F(SystemTest, DeviceListsDescribeEachCameraAndItsAccess) {
     EXPECT_EQ(devices[1].permittedAccess, 2u);
     filled = 1;
     EXPECT_EQ(a->DeviceListQuery(2, devices, filled), llk::kOutOfRange);
+    EXPECT_EQ(filled, 0u);
 
     tDeviceInfo found{};
     ASSERT_EQ(Interface("IF-B")->DeviceFind("Cam-3", found), llk::kOk);
