@@ -332,6 +332,9 @@ llk::i4 cCameraProxy::GetGoing() {
 llk::i4 cCameraProxy::Shutdown() {
     llk::i4 status = SendRequest(request::kCameraShutDown, 0, nullptr, 255);
     mActor->Helper()->Kill(mActor, true);
+    // The device closes now, even while some other thread still holds the
+    // proxy, so that it can be opened again at once.
+    mActor->Dismiss();
     return status;
 }
 

@@ -119,7 +119,7 @@ public:
 
     // The actor takes requests from here on.
     llk::i4 GetGoing();
-    // It refuses them from here on, and its turns end.
+    // It refuses them from here on, its turns end and the device closes.
     llk::i4 Shutdown();
 
 private:
