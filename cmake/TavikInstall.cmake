@@ -6,10 +6,11 @@ include(CMakePackageConfigHelpers)
 set(TAVIK_PRODUCER_DIR ${CMAKE_INSTALL_LIBDIR}/tavik/producers)
 set(TAVIK_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/Tavik)
 
-install(TARGETS TavikC TavikImageTransform LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(TARGETS TavikC TavikImageTransform TavikCPP LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(FILES entry/include/TavikC.h entry/include/TavikCommon.h
               imaging/include/TavikImageTransform.h sim/include/TavikSimControl.h
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(DIRECTORY object_api/include/TavikCPP DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(TARGETS TavikSim LIBRARY DESTINATION ${TAVIK_PRODUCER_DIR})
 
 # The tool finds the library relative to itself wherever the tree is installed.
@@ -28,7 +29,7 @@ install(FILES ${CMAKE_BINARY_DIR}/TavikConfig.cmake ${CMAKE_BINARY_DIR}/TavikCon
 # The pkg-config files find their prefix from where they lie, so an installed tree can move.
 file(RELATIVE_PATH TAVIK_PC_TO_PREFIX /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 string(REGEX REPLACE "/$" "" TAVIK_PC_TO_PREFIX ${TAVIK_PC_TO_PREFIX})
-foreach(_pc tavik tavik-imagetransform)
+foreach(_pc tavik tavik-imagetransform tavik-cpp)
   configure_file(cmake/${_pc}.pc.in ${CMAKE_BINARY_DIR}/${_pc}.pc @ONLY)
   install(FILES ${CMAKE_BINARY_DIR}/${_pc}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 endforeach()

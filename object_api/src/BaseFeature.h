@@ -1,0 +1,99 @@
+// The body behind a Feature: what the device described, the link to its
+// container, the observers. Each value operation answers TvkErrorWrongType
+// here; the class of the feature's kind overrides its own.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <string>
+
+#include "TavikCPP/BasicLockable.h"
+#include "TavikCPP/EnumEntry.h"
+#include "TavikCPP/FeatureContainer.h"
+
+namespace QRX::TvkAPI {
+
+class BaseFeature : public virtual BasicLockable {
+public:
+    struct FeatureInfo {
+        std::string name;
+        TvkFeatureDataType dataType = TvkFeatureDataUnknown;
+        TvkFeatureFlagsType flags = TvkFeatureFlagsNone;
+        bool hasAffectedFeatures = false;
+        bool hasSelectedFeatures = false;
+        std::string category;
+        std::string displayName;
+        uint32_t pollingTime = 0;
+        std::string unit;
+        std::string representation;
+        TvkFeatureVisibilityType visibility = TvkFeatureVisibilityUnknown;
+        std::string tooltip;
+        std::string description;
+        std::string sfncNamespace;
+        bool isStreamable = false;
+    };
+
+    BaseFeature(const TvkFeatureInfo* pFeatureInfo, FeatureContainer* pFeatureContainer);
+    ~BaseFeature() override;
+
+    virtual TvkErrorType GetValue(uint8_t* pValue, uint32_t& size, uint32_t& sizeFilled) const;
+    virtual TvkErrorType GetValue(char* pValue, uint32_t& length) const;
+    virtual TvkErrorType GetValue(bool& value) const;
+    virtual TvkErrorType GetValue(double& value) const;
+    virtual TvkErrorType GetValue(int64_t& value) const;
+    virtual TvkErrorType SetValue(const uint8_t* pValue, uint32_t size);
+    virtual TvkErrorType SetValue(bool value);
+    virtual TvkErrorType SetValue(const char* pValue);
+    virtual TvkErrorType SetValue(const double& value);
+    virtual TvkErrorType SetValue(const int64_t& value);
+    virtual TvkErrorType SetValue(const int32_t& value);
+    virtual TvkErrorType GetEntry(EnumEntry& entry, const char* pEntryName) const;
+    virtual TvkErrorType GetRange(double& minimum, double& maximum) const;
+    virtual TvkErrorType GetRange(int64_t& minimum, int64_t& maximum) const;
+    virtual TvkErrorType GetIncrement(int64_t& increment) const;
+    virtual TvkErrorType IsValueAvailable(int64_t value, bool& available) const;
+    virtual TvkErrorType IsValueAvailable(const char* pValue, bool& available) const;
+    virtual TvkErrorType RunCommand();
+    virtual TvkErrorType IsCommandDone(bool& isDone) const;
+    virtual TvkErrorType GetValues(int64_t* pValues, uint32_t& size);
+    virtual TvkErrorType GetValues(const char** pValues, uint32_t& size);
+    virtual TvkErrorType GetEntries(EnumEntry* pEntries, uint32_t& size);
+    virtual TvkErrorType GetName(char* pName, uint32_t& length) const;
+
+    // Detaches the feature from its container for good.
+    void ResetFeatureContainer();
+    TvkErrorType RegisterObserver(const IFeatureObserverPtr& pObserver);
+    TvkErrorType UnregisterObserver(const IFeatureObserverPtr& pObserver);
+
+    const FeatureInfo& Info() const { return m_FeatureInfo; }
+    TvkErrorType GetAffectedFeatures(FeaturePtr* pAffectedFeatures, uint32_t& nSize);
+    TvkErrorType GetSelectedFeatures(FeaturePtr* pSelectedFeatures, uint32_t& nSize);
+    TvkErrorType IsReadable(bool& isReadable) const;
+    TvkErrorType IsWritable(bool& isWritable) const;
+
+protected:
+    // The container's handle while the feature is attached, else null: the
+    // handle a container has when it makes a feature is the one it keeps
+    // until it detaches it.
+    TvkHandle_t Handle() const;
+    const char* Name() const { return m_FeatureInfo.name.c_str(); }
+    // Runs one flat call with the handle, or answers TvkErrorDeviceNotOpen
+    // for a detached feature.
+    template <class Call> TvkErrorType OnDevice(Call aCall) const {
+        const TvkHandle_t handle = Handle();
+        if (!handle) return TvkErrorDeviceNotOpen;
+        return static_cast<TvkErrorType>(aCall(handle));
+    }
+
+private:
+    class Impl;
+    TvkErrorType ListRelated(bool aAffected, FeaturePtr* pFeatures, uint32_t& nSize);
+    TvkErrorType QueryAccess(bool& rReadable, bool& rWritable) const;
+
+    const FeatureInfo m_FeatureInfo;
+    std::atomic<FeatureContainer*> m_pFeatureContainer;
+    const TvkHandle_t m_Handle;
+    Impl* m_pImpl;
+};
+
+} // namespace QRX::TvkAPI
