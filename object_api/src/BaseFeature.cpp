@@ -99,6 +99,7 @@ public:
     // Guards the two caches above.
     MutexPtr m_pCacheMutex{new Mutex()};
     uintptr_t m_Key = 0;
+    std::atomic<int> m_nNotifying{0};
 };
 
 BaseFeature::BaseFeature(const TvkFeatureInfo* pFeatureInfo, FeatureContainer* pFeatureContainer)
@@ -119,6 +120,10 @@ BaseFeature::~BaseFeature() {
     // holds the read side: wait for it to finish.
     { WriteLockGuard drain(m_pImpl->m_containerConditionHelper, *this, true); }
     delete m_pImpl;
+}
+
+bool BaseFeature::IsNotifying() const {
+    return m_pImpl->m_nNotifying.load() > 0;
 }
 
 TvkHandle_t BaseFeature::Handle() const {
@@ -217,6 +222,7 @@ void BaseFeature::Impl::InvalidationCallback(const TvkHandle_t handle, const cha
     bool entered = false;
     BaseFeature* feature = Registry().Find(key, [&](BaseFeature* pFeature) {
         entered = pFeature->m_pImpl->m_containerConditionHelper.EnterReadLock(*pFeature);
+        if (entered) ++pFeature->m_pImpl->m_nNotifying;
     });
     if (!feature) {
         LogFailure(kGone, kCallback);
@@ -228,6 +234,10 @@ void BaseFeature::Impl::InvalidationCallback(const TvkHandle_t handle, const cha
     }
     Impl& impl = *feature->m_pImpl;
     ReadLockGuard attached(impl.m_containerConditionHelper, feature->GetMutex(), std::adopt_lock);
+    struct Notifying {
+        std::atomic<int>& rCount;
+        ~Notifying() { --rCount; }
+    } notifying{impl.m_nNotifying};
     // Nothing may unwind into the library's thread.
     CallObserver([&] {
         FeatureContainer* container = feature->m_pFeatureContainer.load();

@@ -66,6 +66,9 @@ public:
     TvkErrorType UnregisterObserver(const IFeatureObserverPtr& pObserver);
 
     const FeatureInfo& Info() const { return m_FeatureInfo; }
+    // Whether a notification for this feature is running now: then it must
+    // not be let go of, for the notification waits for nothing but itself.
+    bool IsNotifying() const;
     TvkErrorType GetAffectedFeatures(FeaturePtr* pAffectedFeatures, uint32_t& nSize);
     TvkErrorType GetSelectedFeatures(FeaturePtr* pSelectedFeatures, uint32_t& nSize);
     TvkErrorType IsReadable(bool& isReadable) const;

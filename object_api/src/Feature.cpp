@@ -64,6 +64,10 @@ void Feature::ResetFeatureContainer() {
     m_pImpl->ResetFeatureContainer();
 }
 
+bool Feature::IsNotifying() const {
+    return m_pImpl->IsNotifying();
+}
+
 TvkErrorType Feature::GetValue(uint8_t* pValue, uint32_t& size, uint32_t& sizeFilled) const {
     return m_pImpl->GetValue(pValue, size, sizeFilled);
 }

@@ -97,9 +97,12 @@ TvkErrorType FeatureContainer::GetFeatureByName(const char* pName, FeaturePtr& p
         if (m_pImpl->m_bResetting) return TvkErrorDeviceNotOpen;
         if (info.visibility == TvkFeatureVisibilityInvisible) {
             auto& uncached = m_pImpl->m_Uncached;
+            // One only this list holds goes, unless it is being notified:
+            // this may be its own notification's thread.
             auto kept = std::stable_partition(
-                uncached.begin(), uncached.end(),
-                [](const FeaturePtr& rFeature) { return rFeature.UseCount() > 1; });
+                uncached.begin(), uncached.end(), [](const FeaturePtr& rFeature) {
+                    return rFeature.UseCount() > 1 || rFeature->IsNotifying();
+                });
             released.assign(std::make_move_iterator(kept), std::make_move_iterator(uncached.end()));
             uncached.erase(kept, uncached.end());
             uncached.push_back(made);

@@ -95,6 +95,7 @@ public:
 private:
     friend class FeatureContainer;
     void ResetFeatureContainer();
+    bool IsNotifying() const;
 
     BaseFeature* m_pImpl;
 };
