@@ -3,9 +3,11 @@
 // against TvkFeatureIntGet on the same feature.
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
+#include <vector>
 
 #include <TavikCPP/TavikCPP.h>
 
@@ -41,10 +43,15 @@ public:
 
 // A cached integer of the system, served from the kernel's cache.
 constexpr const char* kInteger = "GeVDiscoveryAllDuration";
-constexpr int kBlock = 256;
 
-// Blocks of flat reads and of object reads take turns, so that both see the
-// same machine; the counters are the mean time of one read each way.
+double Median(std::vector<double>& aMicros) {
+    auto middle = aMicros.begin() + static_cast<long>(aMicros.size() / 2);
+    std::nth_element(aMicros.begin(), middle, aMicros.end());
+    return *middle;
+}
+
+// A flat read and an object read take turns, each timed on its own, so that
+// both see the same machine; medians keep other programs' bursts out.
 void BM_IntegerRead_FlatAgainstObject(benchmark::State& aState) {
     if (!IsStarted(aState)) return;
     SystemFeatures features;
@@ -55,23 +62,32 @@ void BM_IntegerRead_FlatAgainstObject(benchmark::State& aState) {
         aState.SkipWithError("the integer cannot be read");
         return;
     }
-    std::chrono::duration<double, std::micro> flat{0}, object{0};
+    std::vector<double> flat, object;
+    flat.reserve(static_cast<size_t>(aState.max_iterations));
+    object.reserve(static_cast<size_t>(aState.max_iterations));
+    auto timed = [](std::vector<double>& rMicros, auto aRead) {
+        const auto start = Clock::now();
+        benchmark::DoNotOptimize(aRead());
+        rMicros.push_back(std::chrono::duration<double, std::micro>(Clock::now() - start).count());
+    };
+    bool flatFirst = true;
     for (auto _ : aState) {
-        auto start = Clock::now();
-        for (int i = 0; i < kBlock; ++i)
-            benchmark::DoNotOptimize(TvkFeatureIntGet(TVK_SYSTEM_HANDLE, kInteger, &value));
-        auto middle = Clock::now();
-        for (int i = 0; i < kBlock; ++i)
-            benchmark::DoNotOptimize(feature->GetValue(value));
-        auto end = Clock::now();
-        flat += middle - start;
-        object += end - middle;
+        auto readFlat = [&] { return TvkFeatureIntGet(TVK_SYSTEM_HANDLE, kInteger, &value); };
+        auto readObject = [&] { return feature->GetValue(value); };
+        if (flatFirst) {
+            timed(flat, readFlat);
+            timed(object, readObject);
+        } else {
+            timed(object, readObject);
+            timed(flat, readFlat);
+        }
+        flatFirst = !flatFirst;
     }
-    const double reads = static_cast<double>(aState.iterations()) * kBlock;
-    aState.counters["flat_us"] = flat.count() / reads;
-    aState.counters["object_us"] = object.count() / reads;
-    aState.counters["overhead_pct"] = 100.0 * (object.count() - flat.count()) / flat.count();
+    const double flatMedian = Median(flat), objectMedian = Median(object);
+    aState.counters["flat_median_us"] = flatMedian;
+    aState.counters["object_median_us"] = objectMedian;
+    aState.counters["overhead_pct"] = 100.0 * (objectMedian - flatMedian) / flatMedian;
 }
-BENCHMARK(BM_IntegerRead_FlatAgainstObject)->Iterations(200)->UseRealTime();
+BENCHMARK(BM_IntegerRead_FlatAgainstObject)->Iterations(20000)->UseRealTime();
 
 } // namespace

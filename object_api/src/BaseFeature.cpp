@@ -100,11 +100,13 @@ public:
     MutexPtr m_pCacheMutex{new Mutex()};
     uintptr_t m_Key = 0;
     std::atomic<int> m_nNotifying{0};
+    // Value calls under way with the container's handle.
+    std::atomic<int> m_nDeviceCalls{0};
 };
 
 BaseFeature::BaseFeature(const TvkFeatureInfo* pFeatureInfo, FeatureContainer* pFeatureContainer)
     : m_FeatureInfo(CopyInfo(pFeatureInfo)), m_pFeatureContainer(pFeatureContainer),
-      m_Handle(pFeatureContainer ? pFeatureContainer->GetHandle() : nullptr), m_pImpl(new Impl()) {
+      m_pImpl(new Impl()) {
     if (!pFeatureInfo)
         LogFailure("No valid feature info pointer passed", "QRX::TvkAPI::BaseFeature::BaseFeature");
     if (!pFeatureContainer)
@@ -126,13 +128,27 @@ bool BaseFeature::IsNotifying() const {
     return m_pImpl->m_nNotifying.load() > 0;
 }
 
-TvkHandle_t BaseFeature::Handle() const {
-    return m_pFeatureContainer.load(std::memory_order_acquire) ? m_Handle : nullptr;
+// A call counts itself in before it looks at the container; a detach clears
+// the container before it counts the calls in: one of the two sees the other.
+TvkHandle_t BaseFeature::EnterDevice() const {
+    m_pImpl->m_nDeviceCalls.fetch_add(1);
+    FeatureContainer* container = m_pFeatureContainer.load();
+    const TvkHandle_t handle = container ? container->GetHandle() : nullptr;
+    if (!handle) LeaveDevice();
+    return handle;
+}
+
+void BaseFeature::LeaveDevice() const {
+    if (m_pImpl->m_nDeviceCalls.fetch_sub(1) == 1) m_pImpl->m_nDeviceCalls.notify_all();
 }
 
 void BaseFeature::ResetFeatureContainer() {
     Impl& impl = *m_pImpl;
-    if (m_pFeatureContainer.load() && m_Handle) {
+    // An attached feature's container is there: it detaches its features
+    // before it goes.
+    FeatureContainer* container = m_pFeatureContainer.load();
+    const TvkHandle_t handle = container ? container->GetHandle() : nullptr;
+    if (handle) {
         // Only a feature with observers holds a flat registration: another
         // object for the same name may hold one of its own.
         bool registered = false;
@@ -141,9 +157,9 @@ void BaseFeature::ResetFeatureContainer() {
             registered = reading && !impl.m_observers.Vector.empty();
         }
         if (registered)
-            TvkFeatureInvalidationUnregister(m_Handle, Name(), &Impl::InvalidationCallback);
+            TvkFeatureInvalidationUnregister(handle, Name(), &Impl::InvalidationCallback);
     }
-    if (m_pFeatureContainer.load()) {
+    if (container) {
         WriteLockGuard writing(impl.m_containerConditionHelper, *this, true);
         if (writing)
             m_pFeatureContainer = nullptr;
@@ -151,6 +167,9 @@ void BaseFeature::ResetFeatureContainer() {
             LogFailure("Could not reset a feature's feature container reference. ",
                        "QRX::TvkAPI::BaseFeature::ResetFeatureContainer");
     }
+    // Calls that found the container attached finish first.
+    for (int calls = impl.m_nDeviceCalls.load(); calls != 0; calls = impl.m_nDeviceCalls.load())
+        impl.m_nDeviceCalls.wait(calls);
     {
         WriteLockGuard writing(impl.m_observersConditionHelper, impl.m_observers, true);
         if (writing) impl.m_observers.Vector.clear();
@@ -163,8 +182,10 @@ void BaseFeature::ResetFeatureContainer() {
 
 TvkErrorType BaseFeature::RegisterObserver(const IFeatureObserverPtr& pObserver) {
     if (!pObserver) return TvkErrorBadParameter;
-    const TvkHandle_t handle = Handle();
-    if (!handle) return TvkErrorDeviceNotOpen;
+    return OnDevice([&](TvkHandle_t aHandle) { return AddObserver(aHandle, pObserver); });
+}
+
+TvkErrorType BaseFeature::AddObserver(TvkHandle_t aHandle, const IFeatureObserverPtr& pObserver) {
     Impl& impl = *m_pImpl;
     WriteLockGuard writing(impl.m_observersConditionHelper, impl.m_observers, false);
     if (!writing) return TvkErrorSuccess;
@@ -179,7 +200,7 @@ TvkErrorType BaseFeature::RegisterObserver(const IFeatureObserverPtr& pObserver)
     // One flat registration stands for all observers of this feature.
     if (observers.empty()) {
         const auto status = static_cast<TvkErrorType>(TvkFeatureInvalidationRegister(
-            handle, Name(), &Impl::InvalidationCallback, impl.Context()));
+            aHandle, Name(), &Impl::InvalidationCallback, impl.Context()));
         if (status != TvkErrorSuccess) return status;
     }
     observers.push_back(pObserver);
@@ -188,8 +209,11 @@ TvkErrorType BaseFeature::RegisterObserver(const IFeatureObserverPtr& pObserver)
 
 TvkErrorType BaseFeature::UnregisterObserver(const IFeatureObserverPtr& pObserver) {
     if (!pObserver) return TvkErrorBadParameter;
-    const TvkHandle_t handle = Handle();
-    if (!handle) return TvkErrorDeviceNotOpen;
+    return OnDevice([&](TvkHandle_t aHandle) { return RemoveObserver(aHandle, pObserver); });
+}
+
+TvkErrorType BaseFeature::RemoveObserver(TvkHandle_t aHandle,
+                                         const IFeatureObserverPtr& pObserver) {
     Impl& impl = *m_pImpl;
     WriteLockGuard writing(impl.m_observersConditionHelper, impl.m_observers, true);
     if (!writing) {
@@ -202,7 +226,7 @@ TvkErrorType BaseFeature::UnregisterObserver(const IFeatureObserverPtr& pObserve
     if (found == observers.end()) return TvkErrorNotFound;
     if (observers.size() == 1) {
         const auto status = static_cast<TvkErrorType>(
-            TvkFeatureInvalidationUnregister(handle, Name(), &Impl::InvalidationCallback));
+            TvkFeatureInvalidationUnregister(aHandle, Name(), &Impl::InvalidationCallback));
         if (status != TvkErrorSuccess) return status;
     }
     observers.erase(found);
@@ -260,23 +284,24 @@ void BaseFeature::Impl::InvalidationCallback(const TvkHandle_t handle, const cha
     });
 }
 
+// The container must stay while its features are looked up.
 TvkErrorType BaseFeature::GetAffectedFeatures(FeaturePtr* pAffectedFeatures, uint32_t& nSize) {
-    return ListRelated(true, pAffectedFeatures, nSize);
+    return OnDevice(
+        [&](TvkHandle_t aHandle) { return ListRelated(aHandle, true, pAffectedFeatures, nSize); });
 }
 
 TvkErrorType BaseFeature::GetSelectedFeatures(FeaturePtr* pSelectedFeatures, uint32_t& nSize) {
-    return ListRelated(false, pSelectedFeatures, nSize);
+    return OnDevice(
+        [&](TvkHandle_t aHandle) { return ListRelated(aHandle, false, pSelectedFeatures, nSize); });
 }
 
-TvkErrorType BaseFeature::ListRelated(bool aAffected, FeaturePtr* pFeatures, uint32_t& nSize) {
+TvkErrorType BaseFeature::ListRelated(TvkHandle_t aHandle, bool aAffected, FeaturePtr* pFeatures,
+                                      uint32_t& nSize) {
     Impl& impl = *m_pImpl;
     auto list = aAffected ? &TvkFeatureListAffected : &TvkFeatureListSelected;
     std::vector<FeaturePtr>& cache = aAffected ? impl.m_affectedFeatures : impl.m_selectedFeatures;
     bool& fetched = aAffected ? impl.m_bAffectedFetched : impl.m_bSelectedFetched;
-    // The container must stay while its features are looked up.
-    ReadLockGuard attached(impl.m_containerConditionHelper, *this);
     FeatureContainer* container = m_pFeatureContainer.load();
-    if (!attached || !container) return TvkErrorDeviceNotOpen;
     MutexGuard guard(impl.m_pCacheMutex);
     const auto cached = static_cast<uint32_t>(cache.size());
     if (fetched) {
@@ -289,10 +314,10 @@ TvkErrorType BaseFeature::ListRelated(bool aAffected, FeaturePtr* pFeatures, uin
     }
     if (!pFeatures)
         return static_cast<TvkErrorType>(
-            list(m_Handle, Name(), nullptr, 0, &nSize, sizeof(TvkFeatureInfo)));
+            list(aHandle, Name(), nullptr, 0, &nSize, sizeof(TvkFeatureInfo)));
     uint32_t count = 0;
     auto status = static_cast<TvkErrorType>(
-        list(m_Handle, Name(), nullptr, 0, &count, sizeof(TvkFeatureInfo)));
+        list(aHandle, Name(), nullptr, 0, &count, sizeof(TvkFeatureInfo)));
     fetched = true;
     if (nSize < count) return TvkErrorMoreData;
     nSize = count;
@@ -300,7 +325,7 @@ TvkErrorType BaseFeature::ListRelated(bool aAffected, FeaturePtr* pFeatures, uin
     try {
         std::vector<TvkFeatureInfo> records(count);
         status = static_cast<TvkErrorType>(
-            list(m_Handle, Name(), records.data(), count, &count, sizeof(TvkFeatureInfo)));
+            list(aHandle, Name(), records.data(), count, &count, sizeof(TvkFeatureInfo)));
         if (status != TvkErrorSuccess) return status;
         if (count > nSize) return TvkErrorMoreData;
         for (uint32_t i = 0; i < count; ++i) {

@@ -75,27 +75,34 @@ public:
     TvkErrorType IsWritable(bool& isWritable) const;
 
 protected:
-    // The container's handle while the feature is attached, else null: the
-    // handle a container has when it makes a feature is the one it keeps
-    // until it detaches it.
-    TvkHandle_t Handle() const;
     const char* Name() const { return m_FeatureInfo.name.c_str(); }
-    // Runs one flat call with the handle, or answers TvkErrorDeviceNotOpen
-    // for a detached feature.
+    // Runs aCall with the container's handle; a detach waits for it. A
+    // detached feature, or a closed container, answers TvkErrorDeviceNotOpen.
     template <class Call> TvkErrorType OnDevice(Call aCall) const {
-        const TvkHandle_t handle = Handle();
+        const TvkHandle_t handle = EnterDevice();
         if (!handle) return TvkErrorDeviceNotOpen;
+        struct Leave {
+            const BaseFeature& rFeature;
+            ~Leave() { rFeature.LeaveDevice(); }
+        } leave{*this};
         return static_cast<TvkErrorType>(aCall(handle));
     }
 
 private:
     class Impl;
-    TvkErrorType ListRelated(bool aAffected, FeaturePtr* pFeatures, uint32_t& nSize);
+    TvkErrorType ListRelated(TvkHandle_t aHandle, bool aAffected, FeaturePtr* pFeatures,
+                             uint32_t& nSize);
+    TvkErrorType AddObserver(TvkHandle_t aHandle, const IFeatureObserverPtr& pObserver);
+    TvkErrorType RemoveObserver(TvkHandle_t aHandle, const IFeatureObserverPtr& pObserver);
     TvkErrorType QueryAccess(bool& rReadable, bool& rWritable) const;
+    // Counts a call in and gives the container's handle, or counts nothing
+    // and gives null.
+    TvkHandle_t EnterDevice() const;
+    void LeaveDevice() const;
 
     const FeatureInfo m_FeatureInfo;
+    // Set while attached; written only under the container gate, exclusive.
     std::atomic<FeatureContainer*> m_pFeatureContainer;
-    const TvkHandle_t m_Handle;
     Impl* m_pImpl;
 };
 

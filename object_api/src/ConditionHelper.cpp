@@ -1,8 +1,20 @@
 #include "TavikCPP/ConditionHelper.h"
 
-#include "TavikCPP/MutexGuard.h"
-
 namespace QRX::TvkAPI {
+
+namespace {
+// The gate's mutex for one call; no pointer copies on this path.
+class Held {
+public:
+    explicit Held(Mutex& rMutex) : m_rMutex(rMutex) { m_rMutex.Lock(); }
+    ~Held() { m_rMutex.Unlock(); }
+    Held(const Held&) = delete;
+    Held& operator=(const Held&) = delete;
+
+private:
+    Mutex& m_rMutex;
+};
+} // namespace
 
 ConditionHelper::ConditionHelper() = default;
 ConditionHelper::~ConditionHelper() = default;
@@ -12,7 +24,7 @@ bool ConditionHelper::EnterReadLock(BasicLockable& rLockable) {
 }
 
 bool ConditionHelper::EnterReadLock(const MutexPtr& pMutex) {
-    MutexGuard guard(pMutex);
+    Held held(*pMutex);
     if (m_bExclusive) return false;
     // Readers wait for a writer to finish, as writers do.
     while (m_bIsWriting)
@@ -26,7 +38,7 @@ void ConditionHelper::ExitReadLock(BasicLockable& rLockable) {
 }
 
 void ConditionHelper::ExitReadLock(const MutexPtr& pMutex) {
-    MutexGuard guard(pMutex);
+    Held held(*pMutex);
     if (m_nReaders > 0 && --m_nReaders == 0) m_ReadCondition.Signal(false);
 }
 
@@ -35,7 +47,7 @@ bool ConditionHelper::EnterWriteLock(BasicLockable& rLockable, bool bExclusive) 
 }
 
 bool ConditionHelper::EnterWriteLock(const MutexPtr& pMutex, bool bExclusive) {
-    MutexGuard guard(pMutex);
+    Held held(*pMutex);
     if (m_bExclusive) return false;
     while (m_bIsWriting)
         m_WriteCondition.Wait(pMutex);
@@ -51,7 +63,7 @@ void ConditionHelper::ExitWriteLock(BasicLockable& rLockable) {
 }
 
 void ConditionHelper::ExitWriteLock(const MutexPtr& pMutex) {
-    MutexGuard guard(pMutex);
+    Held held(*pMutex);
     m_bIsWriting = false;
     m_bExclusive = false;
     m_WriteCondition.Signal(false);
