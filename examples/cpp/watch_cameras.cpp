@@ -56,6 +56,10 @@ int main(int argc, char** argv) {
     TavikSimControl_t control = SimulatorControl();
     if (!control) Check(TvkErrorNotFound, "Reaching the simulator");
 
+    // A camera the system knows is reported when it leaves.
+    CameraPtr known;
+    Check(system.GetCameraByID(camera.c_str(), known), "Finding the camera");
+
     NetPointer<ListWatcher> watcher(new ListWatcher());
     Check(system.RegisterCameraListObserver(watcher), "Watching the camera list");
     std::printf("unplugging %s\n", camera.c_str());
