@@ -116,12 +116,16 @@ BaseFeature::BaseFeature(const TvkFeatureInfo* pFeatureInfo, FeatureContainer* p
 }
 
 BaseFeature::~BaseFeature() {
+    Retire();
+    delete m_pImpl;
+}
+
+void BaseFeature::Retire() {
     Registry().Remove(m_pImpl->m_Key);
     ResetFeatureContainer();
     // A notification that found the feature before it left the registry
     // holds the read side: wait for it to finish.
-    { WriteLockGuard drain(m_pImpl->m_containerConditionHelper, *this, true); }
-    delete m_pImpl;
+    WriteLockGuard drain(m_pImpl->m_containerConditionHelper, *this, true);
 }
 
 bool BaseFeature::IsNotifying() const {

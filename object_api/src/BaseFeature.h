@@ -62,6 +62,10 @@ public:
 
     // Detaches the feature from its container for good.
     void ResetFeatureContainer();
+    // Puts the feature out of reach of notifications, and waits for one
+    // under way; done before the feature's destruction begins, since a
+    // notification still looks at the whole object.
+    void Retire();
     TvkErrorType RegisterObserver(const IFeatureObserverPtr& pObserver);
     TvkErrorType UnregisterObserver(const IFeatureObserverPtr& pObserver);
 

@@ -57,6 +57,7 @@ Feature::Feature(const TvkFeatureInfo* pFeatureInfo, FeatureContainer* pFeatureC
     : m_pImpl(Make(pFeatureInfo, pFeatureContainer)) {}
 
 Feature::~Feature() {
+    m_pImpl->Retire();
     delete m_pImpl;
 }
 
