@@ -310,7 +310,10 @@ TvkErrorType BaseFeature::ListRelated(TvkHandle_t aHandle, bool aAffected, Featu
     const auto cached = static_cast<uint32_t>(cache.size());
     if (fetched) {
         if (pFeatures) {
-            if (nSize < cached) return TvkErrorMoreData;
+            if (nSize < cached) {
+                nSize = cached;
+                return TvkErrorMoreData;
+            }
             std::copy(cache.begin(), cache.end(), pFeatures);
         }
         nSize = cached;
@@ -323,15 +326,19 @@ TvkErrorType BaseFeature::ListRelated(TvkHandle_t aHandle, bool aAffected, Featu
     auto status = static_cast<TvkErrorType>(
         list(aHandle, Name(), nullptr, 0, &count, sizeof(TvkFeatureInfo)));
     fetched = true;
-    if (nSize < count) return TvkErrorMoreData;
+    const bool tooSmall = nSize < count;
     nSize = count;
+    if (tooSmall) return TvkErrorMoreData;
     if (status != TvkErrorSuccess || count == 0) return status;
     try {
         std::vector<TvkFeatureInfo> records(count);
         status = static_cast<TvkErrorType>(
             list(aHandle, Name(), records.data(), count, &count, sizeof(TvkFeatureInfo)));
         if (status != TvkErrorSuccess) return status;
-        if (count > nSize) return TvkErrorMoreData;
+        if (count > nSize) {
+            nSize = count;
+            return TvkErrorMoreData;
+        }
         for (uint32_t i = 0; i < count; ++i) {
             FeaturePtr related;
             status = container->GetFeatureByName(records[i].name, related);

@@ -15,7 +15,10 @@ template <class Cache, class Item, class Make>
 TvkErrorType HandOut(const Cache& rCache, Item* pItems, uint32_t& rSize, Make aMake) {
     const auto count = static_cast<uint32_t>(rCache.size());
     if (pItems) {
-        if (rSize < count) return TvkErrorMoreData;
+        if (rSize < count) {
+            rSize = count;
+            return TvkErrorMoreData;
+        }
         std::transform(rCache.begin(), rCache.end(), pItems, aMake);
     }
     rSize = count;

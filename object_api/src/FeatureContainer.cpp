@@ -149,14 +149,7 @@ TvkErrorType FeatureContainer::GetFeatures(FeaturePtr* pFeatures, uint32_t& size
         }
     }
     MutexGuard guard(*this);
-    const auto count = static_cast<uint32_t>(m_pImpl->m_Features.size());
-    if (pFeatures) {
-        if (size < count) return TvkErrorMoreData;
-        for (const auto& entry : m_pImpl->m_Features)
-            *pFeatures++ = entry.second;
-    }
-    size = count;
-    return TvkErrorSuccess;
+    return CopyOut(m_pImpl->m_Features, pFeatures, size);
 }
 
 TvkErrorType FeatureContainer::GetFeatures(std::vector<FeaturePtr>& features) {

@@ -12,13 +12,17 @@
 
 namespace QRX::TvkAPI {
 
-// Copies aText into a caller's buffer of aLength bytes, or tells its length.
-// With aTerminate the buffer must hold one byte more, for the NUL.
+// Copies aText into a caller's buffer of aLength bytes, or tells its length
+// (also when the buffer is too small). With aTerminate the buffer must hold
+// one byte more, for the NUL.
 inline TvkErrorType CopyText(const std::string& aText, char* aBuffer, uint32_t& aLength,
                              bool aTerminate) {
     const auto length = static_cast<uint32_t>(aText.size());
     if (aBuffer) {
-        if (length > aLength) return TvkErrorMoreData;
+        if (length > aLength) {
+            aLength = length;
+            return TvkErrorMoreData;
+        }
         std::memcpy(aBuffer, aText.data(), length);
         if (aTerminate) aBuffer[length] = '\0';
     }
@@ -64,7 +68,10 @@ template <class Map, class Item>
 TvkErrorType CopyOut(const Map& rMap, Item* pArray, uint32_t& rSize) {
     const auto count = static_cast<uint32_t>(rMap.size());
     if (pArray) {
-        if (rSize < count) return TvkErrorMoreData;
+        if (rSize < count) {
+            rSize = count;
+            return TvkErrorMoreData;
+        }
         for (const auto& entry : rMap)
             *pArray++ = entry.second;
     }

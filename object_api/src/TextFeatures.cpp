@@ -22,7 +22,10 @@ TvkErrorType RawFeature::GetValue(uint8_t* pValue, uint32_t& size, uint32_t& siz
             size = length;
             return status;
         }
-        if (size < length) return static_cast<TvkError_t>(TvkErrorMoreData);
+        if (size < length) {
+            size = length;
+            return static_cast<TvkError_t>(TvkErrorMoreData);
+        }
         if (status != TvkErrorSuccess) return status;
         return TvkFeatureRawGet(aHandle, Name(), reinterpret_cast<char*>(pValue), size,
                                 &sizeFilled);

@@ -92,6 +92,7 @@ TEST_F(SystemFeaturesTest, TheListKeepsWhatWasHandedOutAndCountsEveryFeature) {
     std::vector<FeaturePtr> small(size - 1);
     uint32_t smallSize = size - 1;
     EXPECT_EQ(mFeatures->GetFeatures(small.data(), smallSize), TvkErrorMoreData);
+    EXPECT_EQ(smallSize, size);
     std::vector<FeaturePtr> all;
     ASSERT_EQ(mFeatures->GetFeatures(all), TvkErrorSuccess);
     ASSERT_EQ(all.size(), count);
@@ -166,6 +167,7 @@ TEST_F(SystemFeaturesTest, AnEnumerationListsItsEntriesAndTakesNamesAndNumbers) 
     EXPECT_EQ(size, 3u);
     size = 2;
     EXPECT_EQ(selector->GetValues(pointers, size), TvkErrorMoreData);
+    EXPECT_EQ(size, 3u);
 
     std::vector<EnumEntry> entries;
     ASSERT_EQ(selector->GetEntries(entries), TvkErrorSuccess);

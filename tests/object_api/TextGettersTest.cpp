@@ -22,7 +22,7 @@ TEST(TextGettersTest, CameraTextsAskTheLengthThenFillWithATerminatingNul) {
     length = 4;
     EXPECT_EQ(camera.GetID(buffer, length), TvkErrorMoreData);
     EXPECT_EQ(buffer[0], kUntouched);
-    EXPECT_EQ(length, 4u);
+    EXPECT_EQ(length, 5u); // what it needs
 
     // A length equal to the text's: the NUL lands one byte past it.
     length = 5;
