@@ -184,6 +184,34 @@ i4 cEnumNode::GetValue(cRuntime* aRuntime, cValue& aValue, pNode*) {
     return aValue.Assign(*mEntries[index]->name) ? kOk : kFailed;
 }
 
+i4 cEnumNode::GetIntValue(cRuntime* aRuntime, cValue& aValue) {
+    cValue name;
+    i4 status = GetValue(aRuntime, name, nullptr);
+    i8 number = 0;
+    if (status == kOk) status = GetValueAsInteger(aRuntime, name, number);
+    if (status == kOk) aValue.SetSigned(number);
+    return status;
+}
+
+i4 cEnumNode::GetNumberRange(cRuntime* aRuntime, cValue& aMinimum, cValue& aMaximum) {
+    bool any = false;
+    i8 low = 0, high = 0;
+    for (tEntry* e : mEntries) {
+        cValue number;
+        if (!EntryFlag(aRuntime, e->implemented) || e->value.Get(this, aRuntime, number) != kOk ||
+            number.IsAbsent())
+            continue;
+        i8 n = number.Sint();
+        low = any && low < n ? low : n;
+        high = any && high > n ? high : n;
+        any = true;
+    }
+    if (!any) return kNoValue;
+    aMinimum.SetSigned(low);
+    aMaximum.SetSigned(high);
+    return kOk;
+}
+
 i4 cEnumNode::GetRange(cRuntime* aRuntime, llk::cObjectList*& aList, pNode*) {
     if (!mRange) {
         llk::cObjectList* list =

@@ -111,7 +111,9 @@ i4 pNode::Parse(cRuntime* aRuntime, const TiXmlElement* aElement) {
                          mRepresentation)) != kOk)
         return status;
 
-    // Access: the imposed mode, narrowed by the mode.
+    // Access: the imposed mode, narrowed by the mode. Another text is not
+    // acceptable, but in the wide reading it narrows nothing.
+    bool otherTexts = aRuntime->Reading().Has(tReading::kAccessTexts);
     u4 access = 3;
     if (const TiXmlElement* imposed = sText::Child(aElement, "ImposedAccessMode")) {
         const char* t = imposed->GetText();
@@ -121,7 +123,7 @@ i4 pNode::Parse(cRuntime* aRuntime, const TiXmlElement* aElement) {
             access = 1;
         else if (t && strcmp(t, "WO") == 0)
             access = 2;
-        else
+        else if (!otherTexts)
             return kUnacceptable;
     }
     if (const TiXmlElement* mode = sText::Child(aElement, "AccessMode")) {
@@ -130,7 +132,7 @@ i4 pNode::Parse(cRuntime* aRuntime, const TiXmlElement* aElement) {
             access &= ~2u;
         else if (t && strcmp(t, "WO") == 0)
             access &= ~1u;
-        else if (!(t && strcmp(t, "RW") == 0))
+        else if (!(t && strcmp(t, "RW") == 0) && !otherTexts)
             return kUnacceptable;
     }
     mFlags = (mFlags & ~3u) | access;

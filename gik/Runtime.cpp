@@ -285,8 +285,11 @@ i4 cRuntime::Process(const char* aText, bool aIsPath, const char* aPrefix, bool 
             ~tHold() { delete document; }
         } hold{document};
 
+        // The wide reading sums a register's address terms in the register
+        // itself, so it needs no generated knives.
         if ((status = sDocument::ExpandEmbedded(document, error)) != kOk ||
-            (status = sDocument::ExpandAddresses(document, error)) != kOk) {
+            (!mReading.Has(tReading::kAddressSums) &&
+             (status = sDocument::ExpandAddresses(document, error)) != kOk)) {
             llk::sEnv::PrintError("cRuntime - failed to parse document (%s)", error.c_str());
             return status;
         }

@@ -61,6 +61,44 @@ bool sText::ReadInteger(const char* aText, i8& aValue) {
     return true;
 }
 
+bool sText::ReadAddress(const char* aText, u8& aValue) {
+    if (!aText) return false;
+    const char* p = aText;
+    while (IsSpace(*p))
+        ++p;
+    bool negative = *p == '-';
+    if (*p == '+' || *p == '-') ++p;
+    u8 v = 0;
+    int digits = 0;
+    if (p[0] == '0' && (p[1] == 'x' || p[1] == 'X')) {
+        for (p += 2;; ++p, ++digits) {
+            char c = *p;
+            u4 d;
+            if (c >= '0' && c <= '9')
+                d = static_cast<u4>(c - '0');
+            else if (c >= 'a' && c <= 'f')
+                d = static_cast<u4>(c - 'a' + 10);
+            else if (c >= 'A' && c <= 'F')
+                d = static_cast<u4>(c - 'A' + 10);
+            else
+                break;
+            if (v >> 60) return false; // more than 64 bits
+            v = v * 16 + d;
+        }
+    } else {
+        for (; *p >= '0' && *p <= '9'; ++p, ++digits) {
+            u8 d = static_cast<u8>(*p - '0');
+            if (v > (UINT64_MAX - d) / 10) return false;
+            v = v * 10 + d;
+        }
+    }
+    while (IsSpace(*p))
+        ++p;
+    if (digits == 0 || *p != '\0') return false;
+    aValue = negative ? 0 - v : v;
+    return true;
+}
+
 bool sText::ReadReal(const char* aText, double& aValue) {
     if (!aText) return false;
     const char* p = aText;

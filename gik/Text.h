@@ -17,6 +17,11 @@ public:
     // sign and decimal digits (saturating at the 64-bit limits). What follows
     // the number is ignored. False when no number is there.
     static bool ReadInteger(const char* aText, i8& aValue);
+    // A whole text as a 64-bit address term, white space around it
+    // allowed: an optional sign, then "0x" or "0X" and at most 16
+    // hexadecimal digits, or decimal digits of at most 64 bits. A negative
+    // term is its two's complement. False for anything else.
+    static bool ReadAddress(const char* aText, u8& aValue);
     // A real in the C locale (or a hexadecimal integer); false when none.
     static bool ReadReal(const char* aText, double& aValue);
 

@@ -189,6 +189,28 @@ TEST_F(RealDocuments, EachLoadsOrIsRefused) {
     }
 }
 
+TEST_F(RealDocuments, EachLoadsInTheWideReading) {
+    for (const tExpectation& e : kDocuments) {
+        SCOPED_TRACE(e.file);
+        cRuntime* runtime = cRuntime::New(false);
+        ASSERT_NE(runtime, nullptr);
+        runtime->SetReading(tReading::Wide());
+        test::cMemoryPort* port = test::cMemoryPort::New(true);
+        runtime->AttachPort("Device", port);
+        runtime->AttachPort("TLDevice", port);
+        runtime->Prepare();
+        std::string path = Existing(e.file);
+        llk::i4 status = runtime->Process(path.c_str(), true, nullptr, false);
+        EXPECT_EQ(status, 0);
+        if (status != 0) continue;
+        EXPECT_EQ(runtime->Finalize(), 0);
+        tReadSummary s = ReadEverything(runtime);
+        printf("%s: %d features, %d readable, %d read, %d failed reads\n", e.file, s.features,
+               s.readable, s.read, s.failed);
+        EXPECT_GT(s.features, 0);
+    }
+}
+
 TEST_F(RealDocuments, TheZippedDocumentLoads) {
     std::string text = FirstZipEntry(Existing("tlsimu_altered.zip"));
     ASSERT_EQ(text.size(), 24983u);
