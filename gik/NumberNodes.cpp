@@ -4,14 +4,30 @@
 #include <cmath>
 
 #include "gik/Nesting.h"
+#include "gik/Runtime.h"
+#include "gik/Text.h"
 #include "gik/Value.h"
 
 namespace gik {
 
+pNumberNode::~pNumberNode() {
+    delete mIndexed;
+}
+
 i4 pNumberNode::ParseNumber(cRuntime* aRuntime, const TiXmlElement* aElement, bool aReal) {
+    mReal = aReal;
     i4 status = pNode::Parse(aRuntime, aElement);
     if (status != kOk || !aElement) return status;
     tValue::tLiteral literal = aReal ? tValue::kReal : tValue::kInteger;
+    if (sText::Child(aElement, "pIndex") && aRuntime->Reading().Has(tReading::kIndexedValues)) {
+        if (!(mIndexed = new (std::nothrow) tIndexedValue())) return kNoMemory;
+        if ((status = mIndexed->Parse(aRuntime, aElement, literal)) != kOk) return status;
+        // The bounds, when given, stand for every entry; when not, each
+        // entry's own (its target's, or the type's limits).
+        if ((status = ParseValue(aRuntime, aElement, "Max", mMax, literal)) != kOk) return status;
+        if ((status = ParseValue(aRuntime, aElement, "Min", mMin, literal)) != kOk) return status;
+        return ParseValue(aRuntime, aElement, "Inc", mInc, literal);
+    }
     bool found = false;
     if ((status = ParseValue(aRuntime, aElement, "Value", mValue, literal, &found)) != kOk)
         return status;
@@ -61,18 +77,46 @@ i4 pNumberNode::Resolve(cRuntime* aRuntime) {
     if (status == kOk) status = mMax.Resolve(this, aRuntime, true);
     if (status == kOk) status = mValue.Resolve(this, aRuntime, true);
     if (status == kOk) status = mInc.Resolve(this, aRuntime, true);
+    if (status == kOk && mIndexed) status = mIndexed->Resolve(this, aRuntime);
     return status;
+}
+
+void pNumberNode::SetImplemented(bool aImplemented) {
+    if (mIndexed) PropagateImplemented([&] { mIndexed->SetImplemented(aImplemented); });
+    pValueNode::SetImplemented(aImplemented);
+}
+
+i4 pNumberNode::Chosen(cRuntime* aRuntime, tValue*& aValue) {
+    aValue = &mValue;
+    return mIndexed ? mIndexed->Select(this, aRuntime, aValue) : kOk;
 }
 
 i4 pNumberNode::GetValue(cRuntime* aRuntime, cValue& aValue, pNode*) {
     if (!IsReadable(aRuntime)) return kAccessDenied;
-    return mValue.Get(this, aRuntime, aValue);
+    tValue* value = nullptr;
+    i4 status = Chosen(aRuntime, value);
+    return status == kOk ? value->Get(this, aRuntime, aValue) : status;
 }
 
 i4 pNumberNode::GetRange(cRuntime* aRuntime, cValue& aMinimum, cValue& aMaximum, pNode*) {
-    i4 status;
-    if (mValue.IsNamed()) {
-        pNode* target = mValue.Node();
+    tValue* value = nullptr;
+    i4 status = Chosen(aRuntime, value);
+    if (status != kOk) return status;
+    if (mIndexed && !value->IsNamed()) {
+        // A literal entry: the bounds given, else the type's limits.
+        auto bound = [&](tValue& aBound, bool aUpper, cValue& aOut) -> i4 {
+            if (!aBound.IsEmpty()) return aBound.Get(this, aRuntime, aOut);
+            if (mReal)
+                aOut.SetReal(aUpper ? DBL_MAX : -DBL_MAX);
+            else
+                aOut.SetSigned(aUpper ? INT64_MAX : INT64_MIN);
+            return kOk;
+        };
+        status = bound(mMin, false, aMinimum);
+        return status == kOk ? bound(mMax, true, aMaximum) : status;
+    }
+    if (value->IsNamed()) {
+        pNode* target = value->Node();
         if (mMin.IsEmpty() && mMax.IsEmpty()) {
             if (!target) return kDangling;
             uNest nest;
@@ -128,7 +172,9 @@ i4 cIntegerNode::SetValue(cRuntime* aRuntime, const cValue* aValue, pNode* aOrig
         }
     }
     // The input object itself goes on, not the converted number.
-    if ((status = mValue.Set(this, aRuntime, aValue, this)) != kOk) return status;
+    tValue* chosen = nullptr;
+    if ((status = Chosen(aRuntime, chosen)) != kOk) return status;
+    if ((status = chosen->Set(this, aRuntime, aValue, this)) != kOk) return status;
     Notify(aRuntime, aValue, aOriginator);
     return kOk;
 }
@@ -161,7 +207,9 @@ i4 cFloatNode::SetValue(cRuntime* aRuntime, const cValue* aValue, pNode* aOrigin
         written = &bound;
     }
     // No increment test at all.
-    if ((status = mValue.Set(this, aRuntime, written, this)) != kOk) return status;
+    tValue* chosen = nullptr;
+    if ((status = Chosen(aRuntime, chosen)) != kOk) return status;
+    if ((status = chosen->Set(this, aRuntime, written, this)) != kOk) return status;
     Notify(aRuntime, written, aOriginator);
     return kOk;
 }

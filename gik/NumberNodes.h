@@ -2,6 +2,7 @@
 // value, with a range and an increment checked on every set.
 #pragma once
 
+#include "gik/IndexedValue.h"
 #include "gik/ValueNode.h"
 
 namespace gik {
@@ -9,9 +10,11 @@ namespace gik {
 // The shape both share: Min, Max, Value and Inc references.
 class pNumberNode : public pValueNode {
 public:
+    ~pNumberNode() override;
     const char* ClassName() const override { return "pNumberNode"; }
 
     i4 Resolve(cRuntime* aRuntime) override;
+    void SetImplemented(bool aImplemented) override;
     i4 GetValue(cRuntime* aRuntime, cValue& aValue, pNode* aOriginator) override;
     i4 GetRange(cRuntime* aRuntime, cValue& aMinimum, cValue& aMaximum,
                 pNode* aOriginator) override;
@@ -20,10 +23,15 @@ public:
 protected:
     // The literal kind and the default bounds differ.
     i4 ParseNumber(cRuntime* aRuntime, const TiXmlElement* aElement, bool aReal);
+    // The reference that stands for the value now: Value, or in the wide
+    // reading the entry a "pIndex" picks.
+    i4 Chosen(cRuntime* aRuntime, tValue*& aValue);
 
     tValue mMin;
     tValue mMax;
     tValue mInc;
+    tIndexedValue* mIndexed = nullptr; // the wide reading's "pIndex"
+    bool mReal = false;
 };
 
 class cIntegerNode : public pNumberNode {
