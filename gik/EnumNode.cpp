@@ -46,6 +46,7 @@ i4 cEnumNode::Parse(cRuntime* aRuntime, const TiXmlElement* aElement) {
         return status;
     for (const TiXmlElement* e = aElement->FirstChildElement("EnumEntry"); e;
          e = e->NextSiblingElement("EnumEntry")) {
+        uChildIndex children(e);
         auto* entry = new (std::nothrow) tEntry();
         if (!entry) return kNoMemory;
         try {

@@ -56,7 +56,7 @@ i4 Own(const char* aText, llk::cString*& aSlot) {
 i4 NameList(cRuntime* aRuntime, const TiXmlElement* aElement, const char* aName,
             llk::cObjectList*& aList, bool& aAny) {
     aAny = false;
-    for (const TiXmlElement* c = aElement->FirstChildElement(aName); c;
+    for (const TiXmlElement* c = sText::Child(aElement, aName); c;
          c = c->NextSiblingElement(aName)) {
         aAny = true;
         const char* text = c->GetText();

@@ -132,7 +132,52 @@ bool sText::ReadReal(const char* aText, double& aValue) {
 }
 
 const TiXmlElement* sText::Child(const TiXmlElement* aElement, const char* aName) {
+    const TiXmlElement* child = nullptr;
+    if (uChildIndex::Find(aElement, aName, child)) return child;
     return aElement ? aElement->FirstChildElement(aName) : nullptr;
+}
+
+thread_local uChildIndex* uChildIndex::sCurrent = nullptr;
+
+u8 uChildIndex::Key(const char* aName) {
+    u8 key = 0;
+    size_t length = 0;
+    for (; aName[length] && length < 7; ++length)
+        key |= static_cast<u8>(static_cast<u1>(aName[length])) << (8 * length);
+    length += strlen(aName + length);
+    return key | (static_cast<u8>(length < 255 ? length : 255) << 56);
+}
+
+uChildIndex::uChildIndex(const TiXmlElement* aElement) : mOuter(sCurrent), mElement(aElement) {
+    sCurrent = this;
+    if (!aElement) return;
+    for (const TiXmlElement* c = aElement->FirstChildElement(); c; c = c->NextSiblingElement()) {
+        if (mCount == kEntries) {
+            mComplete = false;
+            return;
+        }
+        mEntries[mCount++] = {Key(c->Value()), c->Value(), c};
+    }
+}
+
+uChildIndex::~uChildIndex() {
+    sCurrent = mOuter;
+}
+
+bool uChildIndex::Find(const TiXmlElement* aElement, const char* aName,
+                       const TiXmlElement*& aChild) {
+    uChildIndex* index = sCurrent;
+    if (!index || index->mElement != aElement || !aElement || !index->mComplete) return false;
+    u8 key = Key(aName);
+    aChild = nullptr;
+    for (u4 i = 0; i < index->mCount; ++i) {
+        const tEntry& e = index->mEntries[i];
+        if (e.key == key && strcmp(e.name, aName) == 0) {
+            aChild = e.element;
+            break;
+        }
+    }
+    return true;
 }
 
 const char* sText::ChildText(const TiXmlElement* aElement, const char* aName) {

@@ -37,6 +37,39 @@ public:
     }
 };
 
+// While one lives, the child lookups of sText on its element are answered
+// from one pass over the element's children, not by a walk each: node
+// classes look up some twenty optional children by name. Lookups on other
+// elements walk as before. One per thread at a time is in force (the
+// innermost).
+class uChildIndex {
+public:
+    explicit uChildIndex(const TiXmlElement* aElement);
+    ~uChildIndex();
+    uChildIndex(const uChildIndex&) = delete;
+    uChildIndex& operator=(const uChildIndex&) = delete;
+
+    // True when aElement is indexed; aChild is then its first child called
+    // aName, or null.
+    static bool Find(const TiXmlElement* aElement, const char* aName, const TiXmlElement*& aChild);
+
+private:
+    struct tEntry {
+        u8 key; // the length and the first bytes of the name
+        const char* name;
+        const TiXmlElement* element;
+    };
+    static constexpr u4 kEntries = 48;
+    static u8 Key(const char* aName);
+
+    static thread_local uChildIndex* sCurrent;
+    uChildIndex* mOuter;
+    const TiXmlElement* mElement;
+    u4 mCount = 0;
+    bool mComplete = true; // false when the element has more children than fit
+    tEntry mEntries[kEntries];
+};
+
 } // namespace gik
 
 namespace llk {
