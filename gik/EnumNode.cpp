@@ -5,6 +5,7 @@
 
 #include "gik/Nesting.h"
 #include "gik/Runtime.h"
+#include "gik/Shared.h"
 #include "gik/Text.h"
 #include "gik/Value.h"
 #include "kit/ObjectList.h"
@@ -32,9 +33,8 @@ i4 Named(cRuntime* aRuntime, const TiXmlElement* aElement, const char* aChild, b
          tValue& aValue) {
     if (const char* text = sText::ChildText(aElement, aChild))
         return aValue.SetName(aRuntime, text);
-    cValue flag;
-    flag.SetBool(aDefault);
-    return aValue.SetConstantCopy(flag);
+    aValue.SetConstant(sShared::Flag(aDefault));
+    return kOk;
 }
 
 } // namespace
@@ -108,9 +108,7 @@ i4 cEnumNode::Resolve(cRuntime* aRuntime) {
             if (pNode* node = aRuntime->SeekNode(name->Chars(), false)) {
                 e->implemented.SetNode(node);
             } else {
-                cValue no;
-                no.SetBool(false);
-                status = e->implemented.SetConstantCopy(no);
+                e->implemented.SetConstant(sShared::Flag(false));
             }
         }
     }

@@ -8,6 +8,7 @@
 #include "gik/Nesting.h"
 #include "gik/Notification.h"
 #include "gik/Runtime.h"
+#include "gik/Shared.h"
 #include "gik/Text.h"
 #include "gik/Value.h"
 #include "kit/ObjectList.h"
@@ -87,9 +88,7 @@ i4 pNode::Parse(cRuntime* aRuntime, const TiXmlElement* aElement) {
     if (const char* text = sText::ChildText(aElement, "pIsImplemented")) {
         if ((status = mIsImplemented.SetName(aRuntime, text)) != kOk) return status;
     } else {
-        cValue yes;
-        yes.SetBool(true);
-        if ((status = mIsImplemented.SetConstantCopy(yes)) != kOk) return status;
+        mIsImplemented.SetConstant(sShared::Flag(true));
     }
 
     const char* name = aElement->Attribute("Name");
@@ -157,16 +156,12 @@ i4 pNode::Parse(cRuntime* aRuntime, const TiXmlElement* aElement) {
     if (const char* text = sText::ChildText(aElement, "pIsAvailable")) {
         if ((status = mIsAvailable.SetName(aRuntime, text)) != kOk) return status;
     } else {
-        cValue yes;
-        yes.SetBool(true);
-        if ((status = mIsAvailable.SetConstantCopy(yes)) != kOk) return status;
+        mIsAvailable.SetConstant(sShared::Flag(true));
     }
     if (const char* text = sText::ChildText(aElement, "pIsLocked")) {
         if ((status = mIsLocked.SetName(aRuntime, text)) != kOk) return status;
     } else {
-        cValue no;
-        no.SetBool(false);
-        if ((status = mIsLocked.SetConstantCopy(no)) != kOk) return status;
+        mIsLocked.SetConstant(sShared::Flag(false));
     }
     mLatch = false;
 
@@ -202,9 +197,7 @@ i4 pNode::Resolve(cRuntime* aRuntime) {
         if (pNode* node = aRuntime->SeekNode(name->Chars(), false)) {
             mIsImplemented.SetNode(node);
         } else {
-            cValue no;
-            no.SetBool(false);
-            if ((status = mIsImplemented.SetConstantCopy(no)) != kOk) return status;
+            mIsImplemented.SetConstant(sShared::Flag(false));
         }
     }
     if ((status = mIsAvailable.Resolve(this, aRuntime, true)) != kOk) return status;

@@ -278,11 +278,13 @@ i4 cRuntime::Process(const char* aText, bool aIsPath, const char* aPrefix, bool 
                 return kUnacceptable;
             }
         } else {
-            text.assign(aText ? aText : "");
+            size_t length = aText ? strlen(aText) : 0;
+            text.reserve(length + sDocument::kPadding);
+            text.assign(aText ? aText : "", length);
         }
         TiXmlDocument* document = nullptr;
         std::string error;
-        i4 status = sDocument::Parse(text.data(), text.size(), document, error);
+        i4 status = sDocument::Parse(text, document, error);
         if (status != kOk) {
             llk::sEnv::PrintError("cRuntime - failed to parse document (%s)", error.c_str());
             return status;

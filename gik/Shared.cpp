@@ -8,6 +8,7 @@
 
 #include "gik/Formula.h"
 #include "gik/Text.h"
+#include "gik/Value.h"
 #include "kit/String.h"
 
 namespace gik {
@@ -128,6 +129,23 @@ cFormula* sShared::Formula(const char* aText, const char** aError) {
         if (aError) *aError = "memory exhausted";
         return nullptr;
     }
+}
+
+cValue* sShared::Flag(bool aValue) {
+    // Made once; the static reference keeps each alive.
+    static cValue* const kFlags[2] = {[] {
+                                          auto* no = new cValue();
+                                          no->SetBool(false);
+                                          no->Freeze(true);
+                                          return no;
+                                      }(),
+                                      [] {
+                                          auto* yes = new cValue();
+                                          yes->SetBool(true);
+                                          yes->Freeze(true);
+                                          return yes;
+                                      }()};
+    return kFlags[aValue ? 1 : 0];
 }
 
 u4 sShared::InternedCount() {
