@@ -2,6 +2,8 @@
 // value, with a range and an increment checked on every set.
 #pragma once
 
+#include <vector>
+
 #include "gik/IndexedValue.h"
 #include "gik/ValueNode.h"
 
@@ -26,11 +28,18 @@ protected:
     // The reference that stands for the value now: Value, or in the wide
     // reading the entry a "pIndex" picks.
     i4 Chosen(cRuntime* aRuntime, tValue*& aValue);
+    // Writes aValue to the chosen reference, and in the wide reading to the
+    // copies around it, in document order; the first failure ends it.
+    i4 Write(cRuntime* aRuntime, const cValue* aValue);
+    // The range without the copies' bounds.
+    i4 OwnRange(cRuntime* aRuntime, cValue& aMinimum, cValue& aMaximum);
 
     tValue mMin;
     tValue mMax;
     tValue mInc;
     tIndexedValue* mIndexed = nullptr; // the wide reading's "pIndex"
+    std::vector<tValue*> mCopies;      // the wide reading's "pValueCopy", owned
+    size_t mCopiesBefore = 0;          // how many come before "pValue"
     bool mReal = false;
 };
 

@@ -51,8 +51,12 @@ struct tReading {
         // "**" takes any exponent, as pow does (2 ** 0 is 1); a result that
         // is not finite still has no value.
         kPowers = 1u << 10,
+        // Integer and Float nodes write their value to every "pValueCopy"
+        // as well as to "pValue", in document order, and take the range
+        // that fits them all.
+        kValueCopies = 1u << 11,
     };
-    static constexpr u4 kAllRules = (1u << 11) - 1;
+    static constexpr u4 kAllRules = (1u << 12) - 1;
     // The largest length a "pLength" may give.
     static constexpr u4 kMaxNodeLength = 64u << 10;
 

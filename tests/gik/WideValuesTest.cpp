@@ -226,3 +226,31 @@ TEST_F(WideValues, AStringMayFillItsRegister) {
     ASSERT_EQ(Load(nodes, "S"), 0);
     EXPECT_EQ(SetText("S", "Toto"), 9);
 }
+
+TEST_F(WideValues, CopiesTakeEveryWriteAndNarrowTheRange) {
+    const std::string nodes =
+        "<Integer Name=\"Split\"><pValueCopy>First</pValueCopy><pValue>Main</pValue>"
+        "<pValueCopy>Last</pValueCopy></Integer>"
+        "<Integer Name=\"First\"><pValue>FirstReg</pValue><Max>100</Max></Integer>"
+        "<Integer Name=\"Main\"><pValue>MainReg</pValue><Min>10</Min></Integer>"
+        "<Integer Name=\"Last\"><Value>0</Value></Integer>" +
+        IntReg("FirstReg", "0x10") + IntReg("MainReg", "0x20");
+    ASSERT_EQ(LoadWide(nodes, "Split"), 0);
+    cValue minimum, maximum;
+    ASSERT_EQ(Node("Split")->GetRange(mRuntime, minimum, maximum, nullptr), 0);
+    EXPECT_EQ(minimum.Sint(), 10);
+    EXPECT_EQ(maximum.Sint(), 100);
+    mPort->ResetCounts();
+    ASSERT_EQ(SetInt("Split", 42), 0);
+    ASSERT_EQ(mPort->mLog.size(), 2u); // in document order: the first copy, then the value
+    EXPECT_EQ(mPort->mLog[0].address, 0x10u);
+    EXPECT_EQ(mPort->mLog[1].address, 0x20u);
+    EXPECT_EQ(GetInt("Last"), 42);
+    EXPECT_EQ(GetInt("Split"), 42);
+    EXPECT_EQ(SetInt("Split", 101), 15);
+    test::KernelTest::TearDown();
+    test::KernelTest::SetUp();
+    ASSERT_EQ(Load(nodes, "Split"), 0); // the strict reading writes the value alone
+    ASSERT_EQ(SetInt("Split", 142), 0);
+    EXPECT_EQ(GetInt("Last"), 0);
+}
