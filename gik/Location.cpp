@@ -54,7 +54,8 @@ i4 tLocation::ParseWide(cRuntime* aRuntime, const TiXmlElement* aElement) {
             mBase += term;
             continue;
         }
-        bool isIndex = strcmp(kind, "pIndex") == 0;
+        bool literal = strcmp(kind, "Index") == 0;
+        bool isIndex = literal || strcmp(kind, "pIndex") == 0;
         if (!isIndex && strcmp(kind, "pAddress") != 0) continue;
         auto* term = new (std::nothrow) tTerm();
         if (!term) return kNoMemory;
@@ -65,11 +66,18 @@ i4 tLocation::ParseWide(cRuntime* aRuntime, const TiXmlElement* aElement) {
             return kNoMemory;
         }
         term->isIndex = isIndex;
-        i4 status = term->value.SetName(aRuntime, c->GetText());
-        if (status != kOk || !isIndex) {
-            if (status != kOk) return status;
-            continue;
+        i4 status;
+        if (literal) {
+            u8 at = 0;
+            if (!sText::ReadAddress(c->GetText(), at)) return kBadNumber;
+            cValue constant;
+            constant.SetUnsigned(at);
+            status = term->value.SetConstantCopy(constant);
+        } else {
+            status = term->value.SetName(aRuntime, c->GetText());
         }
+        if (status != kOk) return status;
+        if (!isIndex) continue;
         if (const char* name = c->Attribute("pOffset")) {
             status = term->offset.SetName(aRuntime, name);
         } else if (const char* text = c->Attribute("Offset")) {

@@ -13,8 +13,8 @@ namespace gik {
 //
 // The wide reading sums every term in place, with 64-bit wrapping: each
 // "Address" text (a sign, then decimal or "0x" hexadecimal digits), each
-// "pAddress", and each "pIndex" times its "Offset", its "pOffset" or else
-// the register's length.
+// "pAddress", and each "pIndex" (or "Index" literal) times its "Offset", its
+// "pOffset" or else the register's length.
 struct tLocation {
     tValue address;
     tValue index;
@@ -39,7 +39,7 @@ struct tLocation {
     i4 Compute(pNode* aOwner, cRuntime* aRuntime, u4 aLength, u8& aAddress);
 
 private:
-    // One "pAddress" or "pIndex" term of the wide reading.
+    // One "pAddress", "pIndex" or "Index" term of the wide reading.
     struct tTerm {
         tValue value;
         bool isIndex = false;

@@ -208,8 +208,11 @@ TEST_F(WideRegisters, AddressTermsAreSummedWithWrapping) {
                      Register("IntReg", "Cell",
                               "<Address>0x1000</Address><pIndex pOffset=\"Pitch\">Row</pIndex>"
                               "<pIndex Offset=\"4\">Column</pIndex><pIndex>Plane</pIndex>"
-                              "<Length>8</Length>"),
-                 "Back Tail Cell"),
+                              "<Length>8</Length>") +
+                     // 0x200 + 3 x 2, the literal index times the length.
+                     Register("IntReg", "Fixed",
+                              "<Address>0x200</Address><Index>3</Index><Length>2</Length>"),
+                 "Back Tail Cell Fixed"),
         0);
     u8 address = 0;
     ASSERT_EQ(static_cast<pRegisterNode*>(Node("Back"))->ComputeAddress(mRuntime, address), 0);
@@ -218,6 +221,8 @@ TEST_F(WideRegisters, AddressTermsAreSummedWithWrapping) {
     EXPECT_EQ(address, 0xFFFFFFFFFFFFFFF8ull);
     ASSERT_EQ(static_cast<pRegisterNode*>(Node("Cell"))->ComputeAddress(mRuntime, address), 0);
     EXPECT_EQ(address, 0x1000u + 0x80 + 12 + 8);
+    ASSERT_EQ(static_cast<pRegisterNode*>(Node("Fixed"))->ComputeAddress(mRuntime, address), 0);
+    EXPECT_EQ(address, 0x206u);
     mPort->PutBig(0x1000 + 0x80 + 12 + 8, 77, 8);
     EXPECT_EQ(GetInt("Cell"), 77);
     ASSERT_EQ(SetInt("Plane", 0), 0); // the index's change reaches the register
