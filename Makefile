@@ -38,7 +38,7 @@ test-tsan: deps
 	cd build/tsan && $(CTEST)
 
 bench: 
-	@scripts/install-deps libopencv-imgproc-dev libyuv-dev
+	@scripts/install-deps libopencv-imgproc-dev libyuv-dev libaravis-dev libusb-1.0-0-dev
 	$(call configure,bench,Release,-DTAVIK_BENCH=ON)
 	@for b in build/bench/bench/*/tavik_bench_*; do echo "== $$b"; $$b; done
 

@@ -41,6 +41,7 @@ cFeatures::~cFeatures() {
 }
 
 llk::i4 cFeatures::Prepare() {
+    mRuntime->SetReading(cGlobal::WideReading() ? gik::tReading::Wide() : gik::tReading::Strict());
     llk::i4 status = mRuntime->Prepare();
     if (status == llk::kOk) mState = kFeaturesPrepared;
     return status;

@@ -43,7 +43,8 @@ public:
     llk::i4 Initialize(bool aNoCache);
     ~cFeatures() override;
 
-    // Lifecycle. Documents load between Prepare and Realize.
+    // Lifecycle. Documents load between Prepare and Realize. Prepare
+    // chooses the kernel's reading of them (cGlobal::WideReading).
     llk::i4 Prepare();
     // The document the port serves (plain, or a ZIP image), with the port
     // attached under aName.

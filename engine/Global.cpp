@@ -1,6 +1,7 @@
 #include "engine/Global.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 #include "kit/Env.h"
@@ -34,6 +35,21 @@ bool cGlobal::SettingsPath(const char* aLibraryPath, char* aPath, size_t aSize) 
     else
         n = snprintf(aPath, aSize, "./TavikC.xml");
     return n > 0 && static_cast<size_t>(n) < aSize;
+}
+
+bool cGlobal::WideReading() {
+    cGlobal* global = Shared();
+    return WideReading(global ? global->mSettings : nullptr);
+}
+
+bool cGlobal::WideReading(llk::cXMLBundle* aSettings) {
+    if (const char* chosen = getenv(kWideReadingVariable)) {
+        if (strcmp(chosen, "1") == 0) return true;
+        if (strcmp(chosen, "0") == 0) return false;
+    }
+    bool wide = false;
+    if (aSettings) aSettings->FetchBool("Settings/Kernel/WideReading", wide);
+    return wide;
 }
 
 llk::i4 cGlobal::Initialize(const void* aAddressInLibrary) {

@@ -28,6 +28,14 @@ public:
 
     // The settings, or null when there is no readable settings file.
     llk::cXMLBundle* Settings() const { return mSettings; }
+    // Whether device documents are read in the kernel's wide reading:
+    // kWideReadingVariable when it is "1" or "0", else the setting
+    // "Settings/Kernel/WideReading" (default false). Asked each time a
+    // feature container is prepared, so a change applies to the next.
+    static bool WideReading();
+    // The same choice over aSettings (may be null).
+    static bool WideReading(llk::cXMLBundle* aSettings);
+    static constexpr const char* kWideReadingVariable = "TAVIK_WIDE_READING";
 
     // Pools of reusable objects by tag.
     llk::i4 Discard(const char* aTag, llk::pObject* aObject);

@@ -1,6 +1,7 @@
 // Document loading under libFuzzer: any bytes as a register description
-// document, processed (with a prefix, and injected a second time with
-// replacement, depending on the input's length), finalized, and then every
+// document, processed (in the strict or the wide reading, with a prefix, and
+// injected a second time with replacement, depending on the input's
+// length), finalized, and then every
 // node asked everything a caller may ask: access, value, range, increment,
 // a write of what it reads, an invalidation, its affected and selected
 // nodes. Nothing may crash, leak, hang or read out of bounds. The depth
@@ -108,6 +109,7 @@ void Run(const std::string& aText) {
     gik::cRuntime* runtime = gik::cRuntime::New((size & 1) != 0);
     cFuzzPort* port = cFuzzPort::New();
     if (!runtime || !port) abort();
+    runtime->SetReading((size & 8) ? gik::tReading::Wide() : gik::tReading::Strict());
     runtime->AttachPort("Device", port);
     runtime->Prepare();
     const char* prefix = (size & 2) ? "P_" : nullptr;

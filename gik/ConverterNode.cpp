@@ -49,8 +49,7 @@ i4 cConverterNode::From(cRuntime* aRuntime, const cValue& aTo, cValue& aResult) 
     if (status != kOk) return status;
     cValue to;
     to.Assign(aTo);
-    if (mIsFloat && to.HasNumber()) to.SetReal(to.Real());
-    if ((status = mValues->Set("TO", to)) != kOk) return status;
+    if ((status = SetVariable("TO", to)) != kOk) return status;
     return Evaluate(mFormulaFrom, aResult);
 }
 
@@ -63,7 +62,7 @@ i4 cConverterNode::GetValue(cRuntime* aRuntime, cValue& aValue, pNode*) {
     uNest nest;
     if (!nest) return kTooDeep;
     cValue target;
-    i4 status = mValue.Get(this, aRuntime, target);
+    i4 status = ReadInput(aRuntime, mValue, target);
     if (status != kOk) return status;
     if ((status = From(aRuntime, target, *mResult)) != kOk) return status;
     mHasResult = true;
@@ -78,7 +77,7 @@ i4 cConverterNode::GetRange(cRuntime* aRuntime, cValue& aMinimum, cValue& aMaxim
         cValue low, high;
         i4 status;
         if (pNode* target = mValue.Node()) {
-            status = target->GetRange(aRuntime, low, high, this);
+            status = InputRange(aRuntime, target, low, high);
         } else {
             status = mValue.Get(this, aRuntime, low);
             high.Assign(low);

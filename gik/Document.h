@@ -32,12 +32,17 @@ public:
     // The stack a parse of aText needs, from the depth tinyxml will nest
     // its elements to; 0 when that is more than kMaxNesting.
     static size_t StackFor(const char* aText, size_t aLength);
-    // Parses aText (aLength bytes, zero bytes end it early). On success
-    // aDocument is a new document the caller deletes. On failure aError is
-    // the parser's message and the result is kUnacceptable (or kNoMemory).
-    static i4 Parse(const char* aText, size_t aLength, TiXmlDocument*& aDocument,
-                    std::string& aError);
-    // Reads a whole file; false when it cannot be read.
+    // Room to leave after a text that Parse is to take, so that its padding
+    // needs no new buffer.
+    static constexpr size_t kPadding = 16;
+
+    // Parses aText (a zero byte ends it early), which it pads in place. On
+    // success aDocument is a new document the caller deletes. On failure
+    // aError is the parser's message and the result is kUnacceptable (or
+    // kNoMemory).
+    static i4 Parse(std::string& aText, TiXmlDocument*& aDocument, std::string& aError);
+    // Reads a whole file, with room for the padding; false when it cannot
+    // be read.
     static bool ReadFile(const char* aPath, std::string& aText);
 
     // Pass "EmbeddedIntSwissKnifes" over every RegisterDescription of the

@@ -5,6 +5,7 @@
 
 #include "gik/Nesting.h"
 #include "gik/Runtime.h"
+#include "gik/Shared.h"
 #include "gik/Text.h"
 #include "gik/Value.h"
 #include "kit/ObjectList.h"
@@ -32,9 +33,8 @@ i4 Named(cRuntime* aRuntime, const TiXmlElement* aElement, const char* aChild, b
          tValue& aValue) {
     if (const char* text = sText::ChildText(aElement, aChild))
         return aValue.SetName(aRuntime, text);
-    cValue flag;
-    flag.SetBool(aDefault);
-    return aValue.SetConstantCopy(flag);
+    aValue.SetConstant(sShared::Flag(aDefault));
+    return kOk;
 }
 
 } // namespace
@@ -46,6 +46,7 @@ i4 cEnumNode::Parse(cRuntime* aRuntime, const TiXmlElement* aElement) {
         return status;
     for (const TiXmlElement* e = aElement->FirstChildElement("EnumEntry"); e;
          e = e->NextSiblingElement("EnumEntry")) {
+        uChildIndex children(e);
         auto* entry = new (std::nothrow) tEntry();
         if (!entry) return kNoMemory;
         try {
@@ -107,9 +108,7 @@ i4 cEnumNode::Resolve(cRuntime* aRuntime) {
             if (pNode* node = aRuntime->SeekNode(name->Chars(), false)) {
                 e->implemented.SetNode(node);
             } else {
-                cValue no;
-                no.SetBool(false);
-                status = e->implemented.SetConstantCopy(no);
+                e->implemented.SetConstant(sShared::Flag(false));
             }
         }
     }
@@ -182,6 +181,34 @@ i4 cEnumNode::GetValue(cRuntime* aRuntime, cValue& aValue, pNode*) {
     u4 index = 0;
     if (Find(aRuntime, number, false, index) != kOk) return kUnmappedEnum;
     return aValue.Assign(*mEntries[index]->name) ? kOk : kFailed;
+}
+
+i4 cEnumNode::GetIntValue(cRuntime* aRuntime, cValue& aValue) {
+    cValue name;
+    i4 status = GetValue(aRuntime, name, nullptr);
+    i8 number = 0;
+    if (status == kOk) status = GetValueAsInteger(aRuntime, name, number);
+    if (status == kOk) aValue.SetSigned(number);
+    return status;
+}
+
+i4 cEnumNode::GetNumberRange(cRuntime* aRuntime, cValue& aMinimum, cValue& aMaximum) {
+    bool any = false;
+    i8 low = 0, high = 0;
+    for (tEntry* e : mEntries) {
+        cValue number;
+        if (!EntryFlag(aRuntime, e->implemented) || e->value.Get(this, aRuntime, number) != kOk ||
+            number.IsAbsent())
+            continue;
+        i8 n = number.Sint();
+        low = any && low < n ? low : n;
+        high = any && high > n ? high : n;
+        any = true;
+    }
+    if (!any) return kNoValue;
+    aMinimum.SetSigned(low);
+    aMaximum.SetSigned(high);
+    return kOk;
 }
 
 i4 cEnumNode::GetRange(cRuntime* aRuntime, llk::cObjectList*& aList, pNode*) {

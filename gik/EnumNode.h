@@ -36,6 +36,13 @@ public:
     // to the node.
     i4 GetRange(cRuntime* aRuntime, llk::cObjectList*& aList, pNode* aOriginator);
 
+    // The integer value of the current entry (108 when the value is no
+    // entry's).
+    i4 GetIntValue(cRuntime* aRuntime, cValue& aValue);
+    // The smallest and largest value of the implemented entries; kNoValue
+    // when none is.
+    i4 GetNumberRange(cRuntime* aRuntime, cValue& aMinimum, cValue& aMaximum);
+
     i4 IsValueAvailable(cRuntime* aRuntime, const cValue& aValue, bool& aAvailable);
     i4 GetValueAsInteger(cRuntime* aRuntime, const cValue& aValue, i8& aInteger);
     // The entry's name; aText belongs to the node.

@@ -88,7 +88,8 @@ template <class T> tScalar Integer(T aValue) {
 
 // Signed and unsigned results share one body. Sums, differences and products
 // wrap through the unsigned form, so overflow stays defined.
-template <class T> bool IntegerBinary(u4 aOp, T a, T b, const tScalar& aRight, tScalar& aOut) {
+template <class T>
+bool IntegerBinary(u4 aOp, T a, T b, const tScalar& aRight, tScalar& aOut, bool aAnyExponent) {
     const u8 ua = static_cast<u8>(a), ub = static_cast<u8>(b);
     switch (aOp) {
     case kOpAdd:
@@ -121,7 +122,7 @@ template <class T> bool IntegerBinary(u4 aOp, T a, T b, const tScalar& aRight, t
         return true;
     case kOpPow: {
         double e = aRight.AsReal();
-        if (!(e > 0.0)) return false;
+        if (!(e > 0.0) && !aAnyExponent) return false;
         double p = std::pow(static_cast<double>(a), e);
         if (!std::isfinite(p)) return false;
         if constexpr (std::is_signed_v<T>)
@@ -167,7 +168,9 @@ inline i8 ShiftLeft(i8 aValue, u8 aCount) {
 
 } // namespace
 
-bool sEvaluator::Binary(u4 aOp, const tScalar& aL, const tScalar& aR, tScalar& aOut) {
+bool sEvaluator::Binary(u4 aOp, const tScalar& aL, const tScalar& aR, tScalar& aOut,
+                        const tReading& aReading) {
+    const bool anyExponent = aReading.Has(tReading::kPowers);
     if (!Computes(aL) || !Computes(aR)) return false;
 
     if (aOp == kOpShl || aOp == kOpShr) {
@@ -217,7 +220,7 @@ bool sEvaluator::Binary(u4 aOp, const tScalar& aL, const tScalar& aR, tScalar& a
             if (b == 0.0) return false;
             return RealResult(std::fmod(a, b), aOut);
         case kOpPow: {
-            if (!(b > 0.0)) return false;
+            if (!(b > 0.0) && !anyExponent) return false;
             return RealResult(std::pow(a, b), aOut);
         }
         case kOpBitAnd:
@@ -244,8 +247,9 @@ bool sEvaluator::Binary(u4 aOp, const tScalar& aL, const tScalar& aR, tScalar& a
             return false;
         }
     }
-    if (type == kFlavourSigned) return IntegerBinary<i8>(aOp, aL.AsSint(), aR.AsSint(), aR, aOut);
-    return IntegerBinary<u8>(aOp, aL.AsUint(), aR.AsUint(), aR, aOut);
+    if (type == kFlavourSigned)
+        return IntegerBinary<i8>(aOp, aL.AsSint(), aR.AsSint(), aR, aOut, anyExponent);
+    return IntegerBinary<u8>(aOp, aL.AsUint(), aR.AsUint(), aR, aOut, anyExponent);
 }
 
 // Unary operators do not promote: "-" and "~" of a bool are its logical
@@ -356,7 +360,8 @@ inline bool IsNothing(const tScalar& s) {
 
 } // namespace
 
-bool sEvaluator::Run(const pExpression* aRoot, const cVariables* aVariables, tScalar& aResult) {
+bool sEvaluator::Run(const pExpression* aRoot, const cVariables* aVariables, tScalar& aResult,
+                     const tReading& aReading) {
     if (!aRoot) return false;
     constexpr u4 kInline = 48;
     tFrame inlineFrames[kInline];
@@ -425,7 +430,8 @@ bool sEvaluator::Run(const pExpression* aRoot, const cVariables* aVariables, tSc
                 frames[nf++] = {bin->mRight, 0};
             } else {
                 tScalar r;
-                if (!Binary(bin->mOperation, values[nv - 2], values[nv - 1], r)) r = Nothing();
+                if (!Binary(bin->mOperation, values[nv - 2], values[nv - 1], r, aReading))
+                    r = Nothing();
                 --nv;
                 values[nv - 1] = r;
                 --nf;
@@ -480,8 +486,9 @@ bool sEvaluator::Run(const pExpression* aRoot, const cVariables* aVariables, tSc
     return has;
 }
 
-bool pExpression::Evaluate(const cVariables* aVariables, tScalar& aResult) const {
-    return sEvaluator::Run(this, aVariables, aResult);
+bool pExpression::Evaluate(const cVariables* aVariables, tScalar& aResult,
+                           const tReading& aReading) const {
+    return sEvaluator::Run(this, aVariables, aResult, aReading);
 }
 
 cValue* pExpression::Evaluate(const cVariables* aVariables) const {

@@ -9,6 +9,7 @@
 #pragma once
 
 #include "gik/Object.h"
+#include "gik/Reading.h"
 #include "gik/Scalar.h"
 
 namespace gik {
@@ -57,8 +58,10 @@ public:
     // The value of this tree over aVariables: a new autoreleased value, or
     // null for "nothing".
     cValue* Evaluate(const cVariables* aVariables) const;
-    // The same without allocation; false for "nothing".
-    bool Evaluate(const cVariables* aVariables, tScalar& aResult) const;
+    // The same without allocation; false for "nothing". aReading chooses
+    // the rules of the operators that differ between the readings.
+    bool Evaluate(const cVariables* aVariables, tScalar& aResult,
+                  const tReading& aReading = tReading::Strict()) const;
 
     u4 ClassType() const { return ClassCode(); }
     // Levels of this tree: 1 for a leaf.
@@ -172,11 +175,12 @@ private:
 // The iterative evaluator behind pExpression::Evaluate.
 class sEvaluator {
 public:
-    static bool Run(const pExpression* aRoot, const cVariables* aVariables, tScalar& aResult);
+    static bool Run(const pExpression* aRoot, const cVariables* aVariables, tScalar& aResult,
+                    const tReading& aReading = tReading::Strict());
 
     // The operations, also used by the tests of the type rules.
-    static bool Binary(u4 aOperation, const tScalar& aLeft, const tScalar& aRight,
-                       tScalar& aResult);
+    static bool Binary(u4 aOperation, const tScalar& aLeft, const tScalar& aRight, tScalar& aResult,
+                       const tReading& aReading = tReading::Strict());
     static bool Unary(u4 aOperation, const tScalar& aOperand, tScalar& aResult);
     static bool Function(u4 aHash, u4 aCount, const tScalar* aArguments, tScalar& aResult);
 };

@@ -11,8 +11,13 @@ namespace gik {
 i4 cFloatRegNode::Parse(cRuntime* aRuntime, const TiXmlElement* aElement) {
     i4 status = pRegisterNode::Parse(aRuntime, aElement);
     if (status != kOk || !aElement) return status;
-    if (mLength != 4 && mLength != 8) return kBadNumber;
+    if (!HasLengthNode() && mLength != 4 && mLength != 8) return kBadNumber;
     return kOk;
+}
+
+i4 cFloatRegNode::ValueLength(cRuntime* aRuntime, u4& aLength) {
+    i4 status = CurrentLength(aRuntime, aLength);
+    return status == kOk && aLength != 4 && aLength != 8 ? kBadNumber : status;
 }
 
 i4 cFloatRegNode::GetRange(cRuntime*, cValue& aMinimum, cValue& aMaximum, pNode*) {
@@ -25,13 +30,15 @@ i4 cFloatRegNode::GetValue(cRuntime* aRuntime, cValue& aValue, pNode*) {
     if (!IsReadable(aRuntime)) return kAccessDenied;
     if (mCached && mCache && !IsNoCache(aRuntime) && aRuntime->IsCacheEnabled())
         return aValue.Assign(*mCache) ? kOk : kFailed;
+    u4 length = 0;
+    i4 status = ValueLength(aRuntime, length);
+    if (status != kOk) return status;
     u1 bytes[8] = {};
     u4 done = 0;
-    i4 status = Fetch(aRuntime, mLength, bytes, done);
-    if (status != kOk) return status;
-    u8 raw = Decode(bytes, mLength);
+    if ((status = Fetch(aRuntime, length, bytes, done)) != kOk) return status;
+    u8 raw = Decode(bytes, length);
     double v;
-    if (mLength == 4) {
+    if (length == 4) {
         u4 bits = static_cast<u4>(raw);
         float f;
         memcpy(&f, &bits, sizeof(f));
@@ -48,9 +55,12 @@ i4 cFloatRegNode::GetValue(cRuntime* aRuntime, cValue& aValue, pNode*) {
 i4 cFloatRegNode::SetValue(cRuntime* aRuntime, const cValue* aValue, pNode* aOriginator) {
     if (!IsWriteable(aRuntime)) return kAccessDenied;
     if (!aValue) return kNothing;
+    u4 length = 0;
+    i4 status = ValueLength(aRuntime, length);
+    if (status != kOk) return status;
     double v = aValue->Real();
     u8 raw;
-    if (mLength == 4) {
+    if (length == 4) {
         float f = static_cast<float>(v);
         v = f; // the cache keeps what was written, in single precision
         u4 bits;
@@ -60,10 +70,9 @@ i4 cFloatRegNode::SetValue(cRuntime* aRuntime, const cValue* aValue, pNode* aOri
         memcpy(&raw, &v, sizeof(raw));
     }
     u1 bytes[8] = {};
-    Encode(raw, bytes, mLength);
+    Encode(raw, bytes, length);
     u4 done = 0;
-    i4 status = StoreFrom(aRuntime, mLength, bytes, done, aOriginator);
-    if (status != kOk) return status;
+    if ((status = StoreFrom(aRuntime, length, bytes, done, aOriginator)) != kOk) return status;
     cValue* cache = CacheObject();
     if (!cache || !cache->SetReal(v)) return kNoMemory;
     mCached = true;

@@ -23,6 +23,10 @@ public:
     // The largest double either way, whatever the length.
     i4 GetRange(cRuntime* aRuntime, cValue& aMinimum, cValue& aMaximum,
                 pNode* aOriginator) override;
+
+private:
+    // The length of a transfer: 4 or 8, also from a "pLength".
+    i4 ValueLength(cRuntime* aRuntime, u4& aLength);
 };
 
 } // namespace gik

@@ -32,8 +32,9 @@ public:
     // About the bytes the formula holds: its text and its tree.
     size_t Footprint() const { return mFootprint + mNodes.capacity() * sizeof(pExpression*); }
     // False for "nothing". Safe from any number of threads at once.
-    bool Evaluate(const cVariables* aVariables, tScalar& aResult) const {
-        return sEvaluator::Run(mRoot, aVariables, aResult);
+    bool Evaluate(const cVariables* aVariables, tScalar& aResult,
+                  const tReading& aReading = tReading::Strict()) const {
+        return sEvaluator::Run(mRoot, aVariables, aResult, aReading);
     }
 
 private:

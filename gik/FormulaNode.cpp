@@ -2,6 +2,7 @@
 
 #include <tinyxml.h>
 
+#include "gik/EnumNode.h"
 #include "gik/Formula.h"
 #include "gik/Nesting.h"
 #include "gik/Runtime.h"
@@ -18,11 +19,50 @@ pFormulaNode::tVariable::~tVariable() {
     llk::ReleaseAndClear(name);
 }
 
+pFormulaNode::tPart::~tPart() {
+    llk::ReleaseAndClear(name);
+    llk::ReleaseAndClear(constant);
+    llk::ReleaseAndClear(formula);
+}
+
 pFormulaNode::~pFormulaNode() {
     for (tVariable* v : mVariables)
         delete v;
+    for (tPart* part : mConstants)
+        delete part;
+    for (tPart* part : mExpressions)
+        delete part;
     llk::ReleaseAndClear(mValues);
 }
+
+namespace {
+
+// A new part in aParts, named by the element's "Name" attribute.
+pFormulaNode::tPart* AddPart(cRuntime* aRuntime, const TiXmlElement* aElement,
+                             std::vector<pFormulaNode::tPart*>& aParts) {
+    auto* part = new (std::nothrow) pFormulaNode::tPart();
+    if (!part) return nullptr;
+    try {
+        aParts.push_back(part);
+    } catch (...) {
+        delete part;
+        return nullptr;
+    }
+    const char* name = aElement->Attribute("Name");
+    part->name = aRuntime->CacheString(name ? name : "", true);
+    return part->name ? part : nullptr;
+}
+
+// A constant's text: a whole integer (signed, decimal or hexadecimal), or
+// else a real.
+bool ReadConstant(const char* aText, cValue& aValue) {
+    u8 bits = 0;
+    if (sText::ReadAddress(aText, bits)) return aValue.SetSigned(static_cast<i8>(bits));
+    double real = 0.0;
+    return sText::ReadReal(aText, real) && aValue.SetReal(real);
+}
+
+} // namespace
 
 i4 pFormulaNode::ParseVariables(cRuntime* aRuntime, const TiXmlElement* aElement) {
     for (const char* kind : {"Variable", "pVariable"}) {
@@ -42,9 +82,26 @@ i4 pFormulaNode::ParseVariables(cRuntime* aRuntime, const TiXmlElement* aElement
             if (status != kOk) return status;
         }
     }
+    mReading = aRuntime->Reading();
+    if (mReading.Has(tReading::kFormulaParts)) {
+        for (const TiXmlElement* e = aElement->FirstChildElement("Constant"); e;
+             e = e->NextSiblingElement("Constant")) {
+            tPart* part = AddPart(aRuntime, e, mConstants);
+            if (!part || !(part->constant = new (std::nothrow) cValue())) return kNoMemory;
+            if (!ReadConstant(e->GetText(), *part->constant)) return kBadNumber;
+        }
+        for (const TiXmlElement* e = aElement->FirstChildElement("Expression"); e;
+             e = e->NextSiblingElement("Expression")) {
+            tPart* part = AddPart(aRuntime, e, mExpressions);
+            if (!part) return kNoMemory;
+            i4 status = ParseFormula(e, nullptr, part->formula);
+            if (status != kOk) return status;
+        }
+    }
     auto* values = new (std::nothrow) cVariables();
     if (!values) return kNoMemory;
-    if (values->Initialize(static_cast<u4>(mVariables.size())) != kOk) {
+    if (values->Initialize(
+            static_cast<u4>(mVariables.size() + mConstants.size() + mExpressions.size())) != kOk) {
         values->Release();
         return kNoMemory;
     }
@@ -54,7 +111,8 @@ i4 pFormulaNode::ParseVariables(cRuntime* aRuntime, const TiXmlElement* aElement
 
 i4 pFormulaNode::ParseFormula(const TiXmlElement* aElement, const char* aName,
                               cFormula*& aFormula) {
-    const char* text = sText::ChildText(aElement, aName);
+    // No child name: the element's own text.
+    const char* text = aName ? sText::ChildText(aElement, aName) : sText::Text(aElement);
     const char* error = nullptr;
     aFormula = sShared::Formula(text ? text : "", &error);
     if (!aFormula) {
@@ -105,6 +163,34 @@ u8 pFormulaNode::PollingTime() {
     return smallest;
 }
 
+cEnumNode* pFormulaNode::NumberedEnumeration(pNode* aNode) const {
+    if (!aNode || aNode->ClassType() != kTagEnumeration || !mReading.Has(tReading::kEnumNumbers))
+        return nullptr;
+    return static_cast<cEnumNode*>(aNode);
+}
+
+i4 pFormulaNode::ReadInput(cRuntime* aRuntime, const tValue& aInput, cValue& aValue) {
+    if (cEnumNode* enumeration = NumberedEnumeration(aInput.Node())) {
+        uNest nest;
+        return nest ? enumeration->GetIntValue(aRuntime, aValue) : kTooDeep;
+    }
+    return aInput.Get(this, aRuntime, aValue);
+}
+
+i4 pFormulaNode::InputRange(cRuntime* aRuntime, pNode* aInput, cValue& aMinimum, cValue& aMaximum) {
+    uNest nest;
+    if (!nest) return kTooDeep;
+    if (cEnumNode* enumeration = NumberedEnumeration(aInput))
+        return enumeration->GetNumberRange(aRuntime, aMinimum, aMaximum);
+    return aInput->GetRange(aRuntime, aMinimum, aMaximum, this);
+}
+
+i4 pFormulaNode::SetVariable(const char* aName, cValue& aValue) {
+    if (mIsFloat && !aValue.IsAbsent() && aValue.Flavour() != kFlavourReal)
+        aValue.SetReal(aValue.Real());
+    return mValues->Set(aName, aValue);
+}
+
 i4 pFormulaNode::ReadVariables(cRuntime* aRuntime, tBound aBound) {
     uNest nest;
     if (!nest) return kTooDeep;
@@ -112,19 +198,22 @@ i4 pFormulaNode::ReadVariables(cRuntime* aRuntime, tBound aBound) {
         cValue value;
         i4 status;
         if (aBound == kCurrent || !v->value.Node()) {
-            status = v->value.Get(this, aRuntime, value);
+            status = ReadInput(aRuntime, v->value, value);
         } else {
             cValue minimum, maximum;
-            uNest inner;
-            if (!inner) return kTooDeep;
-            status = v->value.Node()->GetRange(aRuntime, minimum, maximum, this);
+            status = InputRange(aRuntime, v->value.Node(), minimum, maximum);
             value.Assign(aBound == kMinimum ? minimum : maximum);
         }
         if (status != kOk) return status;
         if (value.IsAbsent()) return kNoValue;
-        if (mIsFloat && value.Flavour() != kFlavourReal && value.HasNumber())
-            value.SetReal(value.Real());
-        if ((status = mValues->Set(v->name->Chars(), value)) != kOk) return status;
+        if ((status = SetVariable(v->name->Chars(), value)) != kOk) return status;
+    }
+    // A constant of the same name stands over a variable.
+    for (tPart* part : mConstants) {
+        cValue value;
+        value.Assign(*part->constant);
+        i4 status = SetVariable(part->name->Chars(), value);
+        if (status != kOk) return status;
     }
     return kOk;
 }
@@ -139,9 +228,18 @@ void pFormulaNode::Convert(const tScalar& aResult, cValue& aValue) const {
     }
 }
 
-i4 pFormulaNode::Evaluate(const cFormula* aFormula, cValue& aValue) const {
+i4 pFormulaNode::Evaluate(const cFormula* aFormula, cValue& aValue) {
+    // Each expression over the variables and constants (and TO or FROM);
+    // one with no value leaves its name unset.
+    for (tPart* part : mExpressions) {
+        tScalar result;
+        i4 status = part->formula->Evaluate(mValues, result, mReading)
+                        ? mValues->Set(part->name->Chars(), result)
+                        : mValues->Set(part->name->Chars(), tScalar());
+        if (status != kOk) return status;
+    }
     tScalar result;
-    if (!aFormula || !aFormula->Evaluate(mValues, result)) return kNoValue;
+    if (!aFormula || !aFormula->Evaluate(mValues, result, mReading)) return kNoValue;
     Convert(result, aValue);
     return kOk;
 }

@@ -17,44 +17,53 @@ cIntRegNode::~cIntRegNode() {
 i4 cIntRegNode::Parse(cRuntime* aRuntime, const TiXmlElement* aElement) {
     i4 status = pRegisterNode::Parse(aRuntime, aElement);
     if (status != kOk || !aElement) return status;
-    // One-byte registers are not allowed.
-    if (mLength != 2 && mLength != 4 && mLength != 8) return kBadNumber;
+    // One-byte registers are not allowed; the wide reading takes 1 to 8
+    // bytes, and checks a "pLength" at each transfer.
+    if (aRuntime->Reading().Has(tReading::kRegisterLengths)) {
+        if (!HasLengthNode() && (mLength < 1 || mLength > 8)) return kBadNumber;
+    } else if (mLength != 2 && mLength != 4 && mLength != 8) {
+        return kBadNumber;
+    }
     const char* sign = sText::ChildText(aElement, "Sign");
     if (sText::Child(aElement, "Sign")) mSigned = !(sign && strcmp(sign, "Unsigned") == 0);
     return kOk;
 }
 
-i4 cIntRegNode::Bounds() {
-    if (mMinimum && mMaximum) return kOk;
-    auto* minimum = new (std::nothrow) cValue();
-    auto* maximum = new (std::nothrow) cValue();
-    if (!minimum || !maximum) {
-        if (minimum) minimum->Release();
-        if (maximum) maximum->Release();
-        return kNoMemory;
-    }
+i4 cIntRegNode::Bounds(u4 aLength) {
+    if (mMinimum && mMaximum && mBoundsLength == aLength) return kOk;
+    if (!mMinimum) mMinimum = new (std::nothrow) cValue();
+    if (!mMaximum) mMaximum = new (std::nothrow) cValue();
+    if (!mMinimum || !mMaximum) return kNoMemory;
+    u4 bits = 8 * aLength;
     if (mSigned) {
-        i8 low = mLength == 2 ? -32768 : (mLength == 4 ? -2147483648ll : INT64_MIN);
-        i8 high = mLength == 2 ? 32767 : (mLength == 4 ? 2147483647ll : INT64_MAX);
-        minimum->SetSigned(low);
-        maximum->SetSigned(high);
+        mMinimum->SetSigned(bits >= 64 ? INT64_MIN : -(i8(1) << (bits - 1)));
+        mMaximum->SetSigned(bits >= 64 ? INT64_MAX : (i8(1) << (bits - 1)) - 1);
     } else {
-        minimum->SetUnsigned(0);
-        maximum->SetUnsigned(mLength == 2 ? 65535u : (mLength == 4 ? 4294967295u : UINT64_MAX));
+        mMinimum->SetUnsigned(0);
+        mMaximum->SetUnsigned(bits >= 64 ? UINT64_MAX : (u8(1) << bits) - 1);
     }
-    llk::ReleaseAndClear(mMinimum);
-    llk::ReleaseAndClear(mMaximum);
-    mMinimum = minimum;
-    mMaximum = maximum;
+    mBoundsLength = aLength;
     return kOk;
 }
 
-i4 cIntRegNode::GetRange(cRuntime*, cValue& aMinimum, cValue& aMaximum, pNode*) {
-    i4 status = Bounds();
+i4 cIntRegNode::GetRange(cRuntime* aRuntime, cValue& aMinimum, cValue& aMaximum, pNode*) {
+    u4 length = 0;
+    i4 status = ValueLength(aRuntime, length);
+    if (status == kOk) status = Bounds(length);
     if (status != kOk) return status;
     aMinimum.Assign(*mMinimum);
     aMaximum.Assign(*mMaximum);
     return kOk;
+}
+
+i4 cIntRegNode::ValueLength(cRuntime* aRuntime, u4& aLength) {
+    i4 status = CurrentLength(aRuntime, aLength);
+    if (status == kOk && HasLengthNode() && (aLength < 1 || aLength > 8)) return kBadNumber;
+    return status;
+}
+
+bool cIntRegNode::TransfersEight(cRuntime* aRuntime, u4 aLength) const {
+    return aLength == 2 && !aRuntime->Reading().Has(tReading::kRegisterLengths);
 }
 
 i4 cIntRegNode::ReadRaw(cRuntime* aRuntime, u4 aLength, u8& aRaw) {
@@ -78,9 +87,11 @@ i4 cIntRegNode::GetValue(cRuntime* aRuntime, cValue& aValue, pNode*) {
     if (mCached && mCache && !IsNoCache(aRuntime) && aRuntime->IsCacheEnabled())
         return aValue.Assign(*mCache) ? kOk : kFailed;
     u8 raw = 0;
-    u4 length = mLength;
-    i4 status = ReadRaw(aRuntime, length, raw);
-    if (length == 2) {
+    u4 length = 0;
+    i4 status = ValueLength(aRuntime, length);
+    if (status != kOk) return status;
+    status = ReadRaw(aRuntime, length, raw);
+    if (TransfersEight(aRuntime, length)) {
         // Required as it stands: a 2-byte register goes on into the 8-byte
         // branch, which reads eight bytes at the same address and overwrites
         // the value; its status is the one reported.
@@ -109,7 +120,9 @@ i4 cIntRegNode::GetValue(cRuntime* aRuntime, cValue& aValue, pNode*) {
 i4 cIntRegNode::SetValue(cRuntime* aRuntime, const cValue* aValue, pNode* aOriginator) {
     if (!IsWriteable(aRuntime)) return kAccessDenied;
     if (!aValue) return kNothing;
-    i4 status = Bounds();
+    u4 length = 0;
+    i4 status = ValueLength(aRuntime, length);
+    if (status == kOk) status = Bounds(length);
     if (status != kOk) return status;
     u8 raw;
     if (mSigned) {
@@ -122,8 +135,8 @@ i4 cIntRegNode::SetValue(cRuntime* aRuntime, const cValue* aValue, pNode* aOrigi
         raw = v;
     }
     // The store notifies the dependents and broadcasts the address.
-    if ((status = WriteRaw(aRuntime, mLength, raw, aOriginator)) != kOk) return status;
-    if (mLength == 2) {
+    if ((status = WriteRaw(aRuntime, length, raw, aOriginator)) != kOk) return status;
+    if (TransfersEight(aRuntime, length)) {
         // Required as it stands: on into the range check (the same bounds)
         // and the 8-byte store.
         if ((status = WriteRaw(aRuntime, 8, raw, aOriginator)) != kOk) return status;
@@ -140,10 +153,17 @@ i4 cIntRegNode::SetValue(cRuntime* aRuntime, const cValue* aValue, pNode* aOrigi
     return kOk;
 }
 
-i4 tBitField::Parse(const TiXmlElement* aElement, bool aLittleEndian) {
+i4 tBitField::Parse(const TiXmlElement* aElement, bool aLittleEndian, bool aWide) {
+    wide = aWide;
+    littleEndian = aLittleEndian;
     auto read = [&](const char* aText, u4& aBit) -> i4 {
         i8 n = 0;
         if (!sText::ReadInteger(aText, n)) return kBadNumber;
+        if (aWide) {
+            if (n < 0 || n >= 64) return kBadNumber;
+            aBit = static_cast<u4>(n);
+            return kOk;
+        }
         if (!aLittleEndian) n = 31 - n;
         if (n < 0 || n >= 32) return kBadNumber;
         aBit = static_cast<u4>(n);
@@ -154,14 +174,28 @@ i4 tBitField::Parse(const TiXmlElement* aElement, bool aLittleEndian) {
         oneBit = true;
         if ((status = read(bit->GetText(), first)) != kOk) return status;
         last = first;
+        lsb = msb = first;
         count = 1;
         return kOk;
     }
-    const TiXmlElement* lsb = sText::Child(aElement, "LSB");
-    const TiXmlElement* msb = sText::Child(aElement, "MSB");
-    if (!lsb || !msb) return kUnacceptable;
-    if ((status = read(lsb->GetText(), first)) != kOk) return status;
-    if ((status = read(msb->GetText(), last)) != kOk) return status;
+    const TiXmlElement* lsbElement = sText::Child(aElement, "LSB");
+    const TiXmlElement* msbElement = sText::Child(aElement, "MSB");
+    if (!lsbElement || !msbElement) return kUnacceptable;
+    if ((status = read(lsbElement->GetText(), first)) != kOk) return status;
+    if ((status = read(msbElement->GetText(), last)) != kOk) return status;
+    lsb = first;
+    msb = last;
+    if (aWide) return kOk;
+    if (last < first) return kBadNumber;
+    count = last - first + 1;
+    return kOk;
+}
+
+i4 tBitField::Place(u4 aLength) {
+    u4 frame = 8 * aLength;
+    if (lsb >= frame || msb >= frame) return kBadNumber;
+    first = littleEndian ? lsb : frame - 1 - lsb;
+    last = littleEndian ? msb : frame - 1 - msb;
     if (last < first) return kBadNumber;
     count = last - first + 1;
     return kOk;
@@ -175,6 +209,12 @@ void tBitField::Extract(u8 aWhole, cValue& aValue) const {
     u8 bits = (aWhole >> first) & Mask();
     if (!isSigned) {
         aValue.SetUnsigned(bits);
+        return;
+    }
+    if (wide) {
+        // From the field's own top bit.
+        if (count < 64 && ((bits >> (count - 1)) & 1u)) bits |= ~Mask();
+        aValue.SetSigned(static_cast<i8>(bits));
         return;
     }
     // Sign-extended by whole bytes, not by the field's width.
@@ -213,8 +253,8 @@ void tBitField::Range(cValue& aMinimum, cValue& aMaximum) const {
         aMinimum.SetUnsigned(0);
         aMaximum.SetUnsigned(1);
     } else if (isSigned) {
-        aMinimum.SetSigned(-static_cast<i8>(1ull << (count - 1)));
-        aMaximum.SetSigned(static_cast<i8>((1ull << (count - 1)) - 1));
+        aMinimum.SetSigned(count >= 64 ? INT64_MIN : -static_cast<i8>(1ull << (count - 1)));
+        aMaximum.SetSigned(count >= 64 ? INT64_MAX : static_cast<i8>((1ull << (count - 1)) - 1));
     } else {
         aMinimum.SetUnsigned(0);
         aMaximum.SetUnsigned(Mask());
@@ -227,30 +267,50 @@ i4 cMaskedIntRegNode::Parse(cRuntime* aRuntime, const TiXmlElement* aElement) {
     // The sign belongs to the field; the register is read unsigned.
     mField.isSigned = mSigned;
     mSigned = false;
-    return mField.Parse(aElement, mLittleEndian);
+    status =
+        mField.Parse(aElement, mLittleEndian, aRuntime->Reading().Has(tReading::kRegisterFields));
+    return status == kOk ? PlaceEntry(mField) : status;
+}
+
+i4 cIntRegNode::PlaceEntry(tBitField& aField) const {
+    return aField.wide && !HasLengthNode() ? aField.Place(mLength) : kOk;
+}
+
+i4 cIntRegNode::PlaceField(cRuntime* aRuntime, const tBitField& aField, tBitField& aPlaced) {
+    aPlaced = aField;
+    if (!aField.wide || !HasLengthNode()) return kOk;
+    u4 length = 0;
+    i4 status = ValueLength(aRuntime, length);
+    return status == kOk ? aPlaced.Place(length) : status;
 }
 
 i4 cMaskedIntRegNode::GetValue(cRuntime* aRuntime, cValue& aValue, pNode* aOriginator) {
-    cValue whole;
-    i4 status = cIntRegNode::GetValue(aRuntime, whole, aOriginator);
+    tBitField field;
+    i4 status = PlaceField(aRuntime, mField, field);
     if (status != kOk) return status;
-    mField.Extract(whole.Uint(), aValue);
+    cValue whole;
+    if ((status = cIntRegNode::GetValue(aRuntime, whole, aOriginator)) != kOk) return status;
+    field.Extract(whole.Uint(), aValue);
     return kOk;
 }
 
 i4 cMaskedIntRegNode::SetValue(cRuntime* aRuntime, const cValue* aValue, pNode* aOriginator) {
     if (!aValue) return kNothing;
-    cValue whole;
-    i4 status = cIntRegNode::GetValue(aRuntime, whole, aOriginator);
+    tBitField field;
+    i4 status = PlaceField(aRuntime, mField, field);
     if (status != kOk) return status;
+    cValue whole;
+    if ((status = cIntRegNode::GetValue(aRuntime, whole, aOriginator)) != kOk) return status;
     cValue updated;
-    updated.SetUnsigned(mField.Insert(whole.Uint(), *aValue));
+    updated.SetUnsigned(field.Insert(whole.Uint(), *aValue));
     return cIntRegNode::SetValue(aRuntime, &updated, aOriginator);
 }
 
-i4 cMaskedIntRegNode::GetRange(cRuntime*, cValue& aMinimum, cValue& aMaximum, pNode*) {
-    mField.Range(aMinimum, aMaximum);
-    return kOk;
+i4 cMaskedIntRegNode::GetRange(cRuntime* aRuntime, cValue& aMinimum, cValue& aMaximum, pNode*) {
+    tBitField field;
+    i4 status = PlaceField(aRuntime, mField, field);
+    if (status == kOk) field.Range(aMinimum, aMaximum);
+    return status;
 }
 
 u4 cMaskedIntRegNode::ComputeAccess() {

@@ -25,7 +25,9 @@ i4 cMaskedIntNode::Initialize(cRuntime* aRuntime, const TiXmlElement* aElement,
         const char* sign = sText::ChildText(aElement, "Sign");
         mField.isSigned = !(sign && strcmp(sign, "Unsigned") == 0);
     }
-    return mField.Parse(aElement, aHolder->IsLittleEndian());
+    status = mField.Parse(aElement, aHolder->IsLittleEndian(),
+                          aRuntime->Reading().Has(tReading::kRegisterFields));
+    return status == kOk ? aHolder->PlaceEntry(mField) : status;
 }
 
 i4 cMaskedIntNode::Resolve(cRuntime* aRuntime) {
@@ -61,32 +63,43 @@ i4 cMaskedIntNode::GetValue(cRuntime* aRuntime, cValue& aValue, pNode*) {
     if (mCached && mCache && !IsNoCache(aRuntime) && aRuntime->IsCacheEnabled())
         return aValue.Assign(*mCache) ? kOk : kFailed;
     cValue whole;
+    tBitField field;
     i4 status;
     {
         uNest nest;
         if (!nest) return kTooDeep;
-        status = mHolder->GetValue(aRuntime, whole, this);
+        status = mHolder->PlaceField(aRuntime, mField, field);
+        if (status == kOk) status = mHolder->GetValue(aRuntime, whole, this);
     }
     if (status != kOk) return status;
     if (!mCache && !(mCache = new (std::nothrow) cValue())) return kNoMemory;
-    mField.Extract(whole.Uint(), *mCache);
+    field.Extract(whole.Uint(), *mCache);
     mCached = true;
     return aValue.Assign(*mCache) ? kOk : kFailed;
 }
 
-i4 cMaskedIntNode::GetRange(cRuntime*, cValue& aMinimum, cValue& aMaximum, pNode*) {
-    mField.Range(aMinimum, aMaximum);
-    return kOk;
+i4 cMaskedIntNode::GetRange(cRuntime* aRuntime, cValue& aMinimum, cValue& aMaximum, pNode*) {
+    tBitField field;
+    uNest nest;
+    if (!nest) return kTooDeep;
+    i4 status = mHolder->PlaceField(aRuntime, mField, field);
+    if (status == kOk) field.Range(aMinimum, aMaximum);
+    return status;
 }
 
 i4 cMaskedIntNode::SetValue(cRuntime* aRuntime, const cValue* aValue, pNode* aOriginator) {
     if (!IsWriteable(aRuntime)) return kAccessDenied;
     if (!aValue) return kNothing;
-    if (!mField.oneBit && !aOriginator) {
+    uNest nest;
+    if (!nest) return kTooDeep;
+    tBitField field;
+    i4 status = mHolder->PlaceField(aRuntime, mField, field);
+    if (status != kOk) return status;
+    if (!field.oneBit && !aOriginator) {
         // The entry's range applies unless another node calls.
         cValue minimum, maximum;
-        mField.Range(minimum, maximum);
-        if (mField.isSigned) {
+        field.Range(minimum, maximum);
+        if (field.isSigned) {
             i8 v = aValue->Sint();
             if (v < minimum.Sint() || v > maximum.Sint()) return kRejected;
         } else {
@@ -95,17 +108,14 @@ i4 cMaskedIntNode::SetValue(cRuntime* aRuntime, const cValue* aValue, pNode* aOr
             if (v > maximum.Uint()) return kRejected;
         }
     }
-    uNest nest;
-    if (!nest) return kTooDeep;
     cValue whole;
-    i4 status = mHolder->GetValue(aRuntime, whole, this);
-    if (status != kOk) return status;
+    if ((status = mHolder->GetValue(aRuntime, whole, this)) != kOk) return status;
     cValue updated;
-    updated.SetUnsigned(mField.Insert(whole.Uint(), *aValue));
+    updated.SetUnsigned(field.Insert(whole.Uint(), *aValue));
     // Through the holder, as the originator: no echo back to this entry.
     if ((status = mHolder->SetValue(aRuntime, &updated, this)) != kOk) return status;
     if (!mCache && !(mCache = new (std::nothrow) cValue())) return kNoMemory;
-    mField.Extract(mField.Insert(0, *aValue), *mCache);
+    field.Extract(field.Insert(0, *aValue), *mCache);
     mCached = true;
     Notify(aRuntime, aValue, aOriginator);
     if (IsWriteAround(aRuntime)) mCached = false;

@@ -24,9 +24,10 @@ i4 cMemoryNode::Parse(cRuntime* aRuntime, const TiXmlElement* aElement) {
     if (!found) return kUnacceptable;
     if (cValue* length = mLength.Constant())
         if (length->Sint() < 0 || length->Sint() > kMaxLength) return kBadNumber;
+    // Only the length is mandatory: without "pPort" the block answers as a
+    // port that is not attached.
     const char* port = sText::ChildText(aElement, "pPort");
-    if (!port) return kUnacceptable;
-    return mPort.SetName(aRuntime, port);
+    return port ? mPort.SetName(aRuntime, port) : kOk;
 }
 
 i4 cMemoryNode::Resolve(cRuntime* aRuntime) {
@@ -58,17 +59,49 @@ bool cMemoryNode::IsWriteable(cRuntime* aRuntime) {
 }
 
 u4 cMemoryNode::Length(cRuntime* aRuntime) {
+    u4 length = 0;
+    return CurrentLength(aRuntime, length) == kOk ? length : 0;
+}
+
+i4 cMemoryNode::CurrentLength(cRuntime* aRuntime, u4& aLength) {
     cValue length;
-    if (mLength.Get(this, aRuntime, length) != kOk) return 0;
+    i4 status = mLength.Get(this, aRuntime, length);
+    if (status != kOk) return status;
+    if (mLength.IsNamed() && aRuntime->Reading().Has(tReading::kLengthNodes)) {
+        i8 n = length.Sint();
+        if (length.IsAbsent() || n < 0 || n > static_cast<i8>(tReading::kMaxNodeLength))
+            return kBadNumber;
+        aLength = static_cast<u4>(n);
+        return kOk;
+    }
     u8 n = length.Uint();
-    return n > kMaxLength ? kMaxLength : static_cast<u4>(n);
+    aLength = n > kMaxLength ? kMaxLength : static_cast<u4>(n);
+    return kOk;
+}
+
+i4 cMemoryNode::ComputeAddress(cRuntime* aRuntime, u8& aAddress) {
+    u4 length = 0;
+    if (mLocation.NeedsLength()) {
+        i4 status = CurrentLength(aRuntime, length);
+        if (status != kOk) return status;
+    }
+    return mLocation.Compute(this, aRuntime, length, aAddress);
+}
+
+i4 cMemoryNode::Locate(cRuntime* aRuntime, u8& aAddress) {
+    if (mLength.IsNamed() && aRuntime->Reading().Has(tReading::kLengthNodes)) {
+        u4 length = 0;
+        i4 status = CurrentLength(aRuntime, length);
+        if (status != kOk) return status;
+    }
+    return ComputeAddress(aRuntime, aAddress);
 }
 
 i4 cMemoryNode::Fetch(cRuntime* aRuntime, u4 aLength, void* aBuffer, u4& aFetched) {
     aFetched = 0;
     if (!IsReadable(aRuntime)) return kAccessDenied;
     u8 address = 0;
-    i4 status = ComputeAddress(aRuntime, address);
+    i4 status = Locate(aRuntime, address);
     if (status != kOk) return status;
     cPortNode* port = PortNode();
     if (!port) return kNothing;
@@ -79,7 +112,7 @@ i4 cMemoryNode::Store(cRuntime* aRuntime, u4 aLength, const void* aBuffer, u4& a
     aStored = 0;
     if (!IsWriteable(aRuntime)) return kAccessDenied;
     u8 address = 0;
-    i4 status = ComputeAddress(aRuntime, address);
+    i4 status = Locate(aRuntime, address);
     if (status != kOk) return status;
     cPortNode* port = PortNode();
     if (!port) return kNothing;

@@ -31,16 +31,21 @@ public:
 
     // The span's length from "Length" / "pLength"; 0 when unreadable.
     u4 Length(cRuntime* aRuntime);
-    i4 ComputeAddress(cRuntime* aRuntime, u8& aAddress) {
-        return mLocation.Compute(this, aRuntime, aAddress);
-    }
-    // kAccessDenied unless readable / writeable. A store tells the
+    // The same with a status; in the wide reading a "pLength" that is
+    // negative or above tReading::kMaxNodeLength is kBadNumber.
+    i4 CurrentLength(cRuntime* aRuntime, u4& aLength);
+    i4 ComputeAddress(cRuntime* aRuntime, u8& aAddress);
+    // kAccessDenied unless readable / writeable; in the wide reading also
+    // the status of an unacceptable "pLength". A store tells the
     // dependents and broadcasts the address, as a register's does.
     i4 Fetch(cRuntime* aRuntime, u4 aLength, void* aBuffer, u4& aFetched);
     i4 Store(cRuntime* aRuntime, u4 aLength, const void* aBuffer, u4& aStored);
 
 private:
     cPortNode* PortNode() const;
+    // The start of a transfer: the length check of the wide reading, then
+    // the address.
+    i4 Locate(cRuntime* aRuntime, u8& aAddress);
 
     tLocation mLocation;
     tValue mLength;

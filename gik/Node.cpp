@@ -8,6 +8,7 @@
 #include "gik/Nesting.h"
 #include "gik/Notification.h"
 #include "gik/Runtime.h"
+#include "gik/Shared.h"
 #include "gik/Text.h"
 #include "gik/Value.h"
 #include "kit/ObjectList.h"
@@ -56,7 +57,7 @@ i4 Own(const char* aText, llk::cString*& aSlot) {
 i4 NameList(cRuntime* aRuntime, const TiXmlElement* aElement, const char* aName,
             llk::cObjectList*& aList, bool& aAny) {
     aAny = false;
-    for (const TiXmlElement* c = aElement->FirstChildElement(aName); c;
+    for (const TiXmlElement* c = sText::Child(aElement, aName); c;
          c = c->NextSiblingElement(aName)) {
         aAny = true;
         const char* text = c->GetText();
@@ -87,9 +88,7 @@ i4 pNode::Parse(cRuntime* aRuntime, const TiXmlElement* aElement) {
     if (const char* text = sText::ChildText(aElement, "pIsImplemented")) {
         if ((status = mIsImplemented.SetName(aRuntime, text)) != kOk) return status;
     } else {
-        cValue yes;
-        yes.SetBool(true);
-        if ((status = mIsImplemented.SetConstantCopy(yes)) != kOk) return status;
+        mIsImplemented.SetConstant(sShared::Flag(true));
     }
 
     const char* name = aElement->Attribute("Name");
@@ -111,7 +110,9 @@ i4 pNode::Parse(cRuntime* aRuntime, const TiXmlElement* aElement) {
                          mRepresentation)) != kOk)
         return status;
 
-    // Access: the imposed mode, narrowed by the mode.
+    // Access: the imposed mode, narrowed by the mode. Another text is not
+    // acceptable, but in the wide reading it narrows nothing.
+    bool otherTexts = aRuntime->Reading().Has(tReading::kAccessTexts);
     u4 access = 3;
     if (const TiXmlElement* imposed = sText::Child(aElement, "ImposedAccessMode")) {
         const char* t = imposed->GetText();
@@ -121,7 +122,7 @@ i4 pNode::Parse(cRuntime* aRuntime, const TiXmlElement* aElement) {
             access = 1;
         else if (t && strcmp(t, "WO") == 0)
             access = 2;
-        else
+        else if (!otherTexts)
             return kUnacceptable;
     }
     if (const TiXmlElement* mode = sText::Child(aElement, "AccessMode")) {
@@ -130,7 +131,7 @@ i4 pNode::Parse(cRuntime* aRuntime, const TiXmlElement* aElement) {
             access &= ~2u;
         else if (t && strcmp(t, "WO") == 0)
             access &= ~1u;
-        else if (!(t && strcmp(t, "RW") == 0))
+        else if (!(t && strcmp(t, "RW") == 0) && !otherTexts)
             return kUnacceptable;
     }
     mFlags = (mFlags & ~3u) | access;
@@ -155,16 +156,12 @@ i4 pNode::Parse(cRuntime* aRuntime, const TiXmlElement* aElement) {
     if (const char* text = sText::ChildText(aElement, "pIsAvailable")) {
         if ((status = mIsAvailable.SetName(aRuntime, text)) != kOk) return status;
     } else {
-        cValue yes;
-        yes.SetBool(true);
-        if ((status = mIsAvailable.SetConstantCopy(yes)) != kOk) return status;
+        mIsAvailable.SetConstant(sShared::Flag(true));
     }
     if (const char* text = sText::ChildText(aElement, "pIsLocked")) {
         if ((status = mIsLocked.SetName(aRuntime, text)) != kOk) return status;
     } else {
-        cValue no;
-        no.SetBool(false);
-        if ((status = mIsLocked.SetConstantCopy(no)) != kOk) return status;
+        mIsLocked.SetConstant(sShared::Flag(false));
     }
     mLatch = false;
 
@@ -200,9 +197,7 @@ i4 pNode::Resolve(cRuntime* aRuntime) {
         if (pNode* node = aRuntime->SeekNode(name->Chars(), false)) {
             mIsImplemented.SetNode(node);
         } else {
-            cValue no;
-            no.SetBool(false);
-            if ((status = mIsImplemented.SetConstantCopy(no)) != kOk) return status;
+            mIsImplemented.SetConstant(sShared::Flag(false));
         }
     }
     if ((status = mIsAvailable.Resolve(this, aRuntime, true)) != kOk) return status;

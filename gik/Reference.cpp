@@ -57,11 +57,11 @@ i4 tValue::Parse(cRuntime* aRuntime, const TiXmlElement* aElement, const char* a
     if (aFound) *aFound = false;
     if (!aElement) return kOk;
     std::string named = std::string("p") + aName;
-    if (const TiXmlElement* child = aElement->FirstChildElement(named.c_str())) {
+    if (const TiXmlElement* child = sText::Child(aElement, named.c_str())) {
         if (aFound) *aFound = true;
         return SetName(aRuntime, child->GetText());
     }
-    const TiXmlElement* child = aElement->FirstChildElement(aName);
+    const TiXmlElement* child = sText::Child(aElement, aName);
     if (!child) return kOk;
     if (aFound) *aFound = true;
     const char* text = child->GetText();

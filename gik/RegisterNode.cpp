@@ -21,14 +21,22 @@ i4 pRegisterNode::Parse(cRuntime* aRuntime, const TiXmlElement* aElement) {
     if (status != kOk) return status;
     if ((status = mLocation.Parse(aRuntime, aElement)) != kOk) return status;
     if (!aElement) return kOk;
+    const tReading& reading = aRuntime->Reading();
     const TiXmlElement* length = sText::Child(aElement, "Length");
-    if (!length) return kUnacceptable;
-    i8 n = 0;
-    if (!sText::ReadInteger(length->GetText(), n) || n < 0 || n > kMaxLength) return kBadNumber;
-    mLength = static_cast<u4>(n);
-    const char* port = sText::ChildText(aElement, "pPort");
-    if (!port) return kUnacceptable;
-    if ((status = mPort.SetName(aRuntime, port)) != kOk) return status;
+    const char* lengthNode = sText::ChildText(aElement, "pLength");
+    if (lengthNode && reading.Has(tReading::kLengthNodes)) {
+        if ((status = mLengthNode.SetName(aRuntime, lengthNode)) != kOk) return status;
+    } else {
+        if (!length) return kUnacceptable;
+        i8 n = 0;
+        if (!sText::ReadInteger(length->GetText(), n) || n < 0 || n > kMaxLength) return kBadNumber;
+        mLength = static_cast<u4>(n);
+    }
+    if (const char* port = sText::ChildText(aElement, "pPort")) {
+        if ((status = mPort.SetName(aRuntime, port)) != kOk) return status;
+    } else if (!reading.Has(tReading::kPortlessRegisters)) {
+        return kUnacceptable;
+    }
     const char* endianess = sText::ChildText(aElement, "Endianess");
     mLittleEndian = endianess && strcmp(endianess, "LittleEndian") == 0;
     return kOk;
@@ -37,6 +45,7 @@ i4 pRegisterNode::Parse(cRuntime* aRuntime, const TiXmlElement* aElement) {
 i4 pRegisterNode::Resolve(cRuntime* aRuntime) {
     i4 status = pNode::Resolve(aRuntime);
     if (status == kOk) status = mLocation.Resolve(this, aRuntime);
+    if (status == kOk) status = mLengthNode.Resolve(this, aRuntime, true);
     // The port is resolved but is no dependency edge: a write to one
     // register must not invalidate every register of its port.
     if (status == kOk) status = mPort.Resolve(this, aRuntime, false);
@@ -44,7 +53,10 @@ i4 pRegisterNode::Resolve(cRuntime* aRuntime) {
 }
 
 void pRegisterNode::SetImplemented(bool aImplemented) {
-    PropagateImplemented([&] { mLocation.SetImplemented(aImplemented); });
+    PropagateImplemented([&] {
+        mLocation.SetImplemented(aImplemented);
+        if (pNode* n = mLengthNode.Node()) n->SetImplemented(aImplemented);
+    });
     SetImplementedBase(aImplemented);
     if (mLocation.HasNodes()) mLatch = true;
 }
@@ -61,8 +73,33 @@ bool pRegisterNode::IsWriteable(cRuntime* aRuntime) {
     return nest && port->IsWriteable(aRuntime);
 }
 
-u4 pRegisterNode::Length(cRuntime*) {
-    return mLength;
+u4 pRegisterNode::Length(cRuntime* aRuntime) {
+    u4 length = 0;
+    return CurrentLength(aRuntime, length) == kOk ? length : 0;
+}
+
+i4 pRegisterNode::CurrentLength(cRuntime* aRuntime, u4& aLength) {
+    if (!mLengthNode.IsNamed()) {
+        aLength = mLength;
+        return kOk;
+    }
+    cValue value;
+    i4 status = mLengthNode.Get(this, aRuntime, value);
+    if (status != kOk) return status;
+    if (value.IsAbsent()) return kNoValue;
+    i8 n = value.Sint();
+    if (n < 0 || n > static_cast<i8>(tReading::kMaxNodeLength)) return kBadNumber;
+    aLength = static_cast<u4>(n);
+    return kOk;
+}
+
+i4 pRegisterNode::ComputeAddress(cRuntime* aRuntime, u8& aAddress) {
+    u4 length = 0;
+    if (mLocation.NeedsLength()) {
+        i4 status = CurrentLength(aRuntime, length);
+        if (status != kOk) return status;
+    }
+    return mLocation.Compute(this, aRuntime, length, aAddress);
 }
 
 cValue* pRegisterNode::CacheObject() {

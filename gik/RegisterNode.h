@@ -29,8 +29,14 @@ public:
     bool IsWriteable(cRuntime* aRuntime) override;
     void OnInvalidate(cRuntime* aRuntime, cNotification* aNotification) override;
     void OnBroadcast(cRuntime* aRuntime, cNotification* aNotification) override;
-    // Slot 41: the register's length in bytes.
+    // Slot 41: the register's length in bytes; 0 when a "pLength" gives
+    // none that is acceptable.
     virtual u4 Length(cRuntime* aRuntime);
+    // The length for a transfer: "Length", or the value of "pLength" in the
+    // wide reading (kBadNumber when negative or above
+    // tReading::kMaxNodeLength).
+    i4 CurrentLength(cRuntime* aRuntime, u4& aLength);
+    bool HasLengthNode() const { return mLengthNode.IsNamed(); }
 
     // Raw transfers at the computed address. A successful store tells the
     // dependents (type 1) and broadcasts the address to every other node
@@ -38,11 +44,9 @@ public:
     i4 Fetch(cRuntime* aRuntime, u4 aLength, void* aBuffer, u4& aFetched);
     i4 Store(cRuntime* aRuntime, u4 aLength, const void* aBuffer, u4& aStored);
 
-    // address + index x offset, 64-bit, wrapping; also kept as the computed
-    // address value.
-    i4 ComputeAddress(cRuntime* aRuntime, u8& aAddress) {
-        return mLocation.Compute(this, aRuntime, aAddress);
-    }
+    // The address of the register's location (tLocation), also kept as the
+    // computed address value.
+    i4 ComputeAddress(cRuntime* aRuntime, u8& aAddress);
     bool IsLittleEndian() const { return mLittleEndian; }
     bool HasCache() const { return mCached; }
     void DropCache() { mCached = false; }
@@ -60,6 +64,7 @@ protected:
 
     tLocation mLocation;
     u4 mLength = 0;
+    tValue mLengthNode; // "pLength", in the wide reading
     cValue* mCache = nullptr;
     bool mCached = false;
     tValue mPort;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <string>
+#include <string_view>
 #include <tinyxml.h>
 #include <unordered_map>
 #include <unordered_set>
@@ -25,6 +26,7 @@
 #include "gik/StringNode.h"
 #include "gik/StringRegNode.h"
 #include "gik/SwissKnifeNode.h"
+#include "gik/Text.h"
 #include "kit/Env.h"
 #include "kit/ObjectList.h"
 #include "kit/String.h"
@@ -92,7 +94,11 @@ i4 sBuilder::CreateNode(cRuntime* aRuntime, const TiXmlElement* aElement, bool a
     const char* name = ElementName(aElement);
     if (!name) return kOk; // neither "Name" nor "Comment": skipped
     bool known = false;
-    pNode* node = Create(aRuntime, aElement, known);
+    pNode* node;
+    {
+        uChildIndex children(aElement);
+        node = Create(aRuntime, aElement, known);
+    }
     if (!known) {
         llk::sEnv::PrintError("cRuntime - node type '%s' is unsupported", aElement->Value());
         return kUnacceptable;
@@ -132,6 +138,7 @@ i4 sBuilder::CreateStruct(cRuntime* aRuntime, const TiXmlElement* aElement, cInt
     bool noCache = false, writeAround = false;
     for (const TiXmlElement* e = aElement->FirstChildElement("StructEntry"); e;
          e = e->NextSiblingElement("StructEntry")) {
+        uChildIndex children(e);
         cMaskedIntNode* entry = Make<cMaskedIntNode>(aRuntime, e, aHolder);
         if (!entry) {
             const char* entryName = ElementName(e);
@@ -271,11 +278,13 @@ i4 cRuntime::Process(const char* aText, bool aIsPath, const char* aPrefix, bool 
                 return kUnacceptable;
             }
         } else {
-            text.assign(aText ? aText : "");
+            size_t length = aText ? strlen(aText) : 0;
+            text.reserve(length + sDocument::kPadding);
+            text.assign(aText ? aText : "", length);
         }
         TiXmlDocument* document = nullptr;
         std::string error;
-        i4 status = sDocument::Parse(text.data(), text.size(), document, error);
+        i4 status = sDocument::Parse(text, document, error);
         if (status != kOk) {
             llk::sEnv::PrintError("cRuntime - failed to parse document (%s)", error.c_str());
             return status;
@@ -285,8 +294,11 @@ i4 cRuntime::Process(const char* aText, bool aIsPath, const char* aPrefix, bool 
             ~tHold() { delete document; }
         } hold{document};
 
+        // The wide reading sums a register's address terms in the register
+        // itself, so it needs no generated knives.
         if ((status = sDocument::ExpandEmbedded(document, error)) != kOk ||
-            (status = sDocument::ExpandAddresses(document, error)) != kOk) {
+            (!mReading.Has(tReading::kAddressSums) &&
+             (status = sDocument::ExpandAddresses(document, error)) != kOk)) {
             llk::sEnv::PrintError("cRuntime - failed to parse document (%s)", error.c_str());
             return status;
         }
@@ -334,7 +346,7 @@ i4 cRuntime::Build(TiXmlElement* aDescription, bool aReplace) {
     }
 
     // The elements of the description's level by name, through groups.
-    std::unordered_map<std::string, const TiXmlElement*> elements;
+    std::unordered_map<std::string_view, const TiXmlElement*> elements;
     stack.push_back(aDescription->FirstChildElement());
     while (!stack.empty()) {
         TiXmlElement* e = stack.back();

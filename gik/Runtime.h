@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "gik/Object.h"
+#include "gik/Reading.h"
 
 class TiXmlElement;
 class TiXmlNode;
@@ -47,6 +48,10 @@ public:
 
     // Once, before any document: kOk or kNoMemory.
     i4 Prepare();
+    // The reading of the documents to come (strict unless set); set it
+    // before the first document.
+    void SetReading(const tReading& aReading) { mReading = aReading; }
+    const tReading& Reading() const { return mReading; }
     void SetProcessCallback(tProcessCallback aFunction, void* aContext);
     // Loads one document (a path when aIsPath, else the text itself) into
     // the graph; names get aPrefix; with aReplace a node replaces one of the
@@ -109,6 +114,7 @@ private:
     void BeginWalk();
 
     bool mCacheEnabled = true;
+    tReading mReading;
     bool mFinalized = false;
     bool mAttached = false;
     llk::cString* mPrefix = nullptr;

@@ -83,6 +83,13 @@ struct tScalar {
 
     bool IsReal() const { return number && flavour == kFlavourReal; }
 
+    // The 64 bits of the value for wrapping sums: an integer as it is (a
+    // negative one in two's complement), a real truncated as AsSint.
+    u8 AsBits() const {
+        if (!number) return 0;
+        return flavour == kFlavourReal ? static_cast<u8>(RealToSint(r)) : u;
+    }
+
     bool AsBool() const {
         if (!number) return false;
         if (flavour == kFlavourReal) return r != 0.0; // NaN counts as true

@@ -3,18 +3,24 @@
 #include <algorithm>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 
 #include "gik/Formula.h"
-#include "kit/StringCache.h"
+#include "gik/Text.h"
+#include "gik/Value.h"
+#include "kit/String.h"
 
 namespace gik {
 
 namespace {
 
+// Interned texts by their characters; each holds the map's reference.
+using tStrings = std::unordered_map<std::string_view, llk::cString*>;
+
 struct tShared {
     u4 users = 0;
-    llk::cStringCache* strings = nullptr;
+    tStrings* strings = nullptr;
     std::unordered_map<std::string, cFormula*>* formulas = nullptr;
     size_t formulaBytes = 0;
     size_t sweepAt = sShared::kFormulaBudget;
@@ -54,36 +60,41 @@ bool sShared::Attach() {
     if (!gShared.formulas &&
         !(gShared.formulas = new (std::nothrow) std::unordered_map<std::string, cFormula*>()))
         return false;
-    if (gShared.users == 0) {
-        auto* strings = new (std::nothrow) llk::cStringCache();
-        if (!strings) return false;
-        if (strings->Initialize() != llk::kOk) {
-            strings->Release();
-            return false;
-        }
-        gShared.strings = strings;
-    }
+    if (gShared.users == 0 && !(gShared.strings = new (std::nothrow) tStrings())) return false;
     ++gShared.users;
     return true;
 }
 
 void sShared::Detach() {
-    llk::cStringCache* strings = nullptr;
+    tStrings* strings = nullptr;
     {
         std::lock_guard<std::mutex> hold(gMutex);
         if (gShared.users == 0 || --gShared.users > 0) return;
         strings = gShared.strings;
         gShared.strings = nullptr;
     }
-    if (strings) strings->Release();
+    if (!strings) return;
+    for (auto& [text, string] : *strings)
+        string->Release();
+    delete strings;
 }
 
 llk::cString* sShared::Intern(const char* aText) {
+    std::string_view text(aText ? aText : "");
     std::lock_guard<std::mutex> hold(gMutex);
     if (!gShared.strings) return nullptr;
-    // The cache makes its copies with New: the caller holds a pool, as
-    // every caller of the kit does.
-    return gShared.strings->Store(aText ? aText : "");
+    auto found = gShared.strings->find(text);
+    if (found != gShared.strings->end()) return found->second;
+    llk::cString* string = NewOwnedText(aText ? aText : "");
+    if (!string) return nullptr;
+    try {
+        // Keyed by the string's own characters, which live as long as it.
+        gShared.strings->emplace(std::string_view(string->Chars(), text.size()), string);
+    } catch (...) {
+        string->Release();
+        return nullptr;
+    }
+    return string;
 }
 
 cFormula* sShared::Formula(const char* aText, const char** aError) {
@@ -120,9 +131,26 @@ cFormula* sShared::Formula(const char* aText, const char** aError) {
     }
 }
 
+cValue* sShared::Flag(bool aValue) {
+    // Made once; the static reference keeps each alive.
+    static cValue* const kFlags[2] = {[] {
+                                          auto* no = new cValue();
+                                          no->SetBool(false);
+                                          no->Freeze(true);
+                                          return no;
+                                      }(),
+                                      [] {
+                                          auto* yes = new cValue();
+                                          yes->SetBool(true);
+                                          yes->Freeze(true);
+                                          return yes;
+                                      }()};
+    return kFlags[aValue ? 1 : 0];
+}
+
 u4 sShared::InternedCount() {
     std::lock_guard<std::mutex> hold(gMutex);
-    return gShared.strings ? gShared.strings->Count() : 0;
+    return gShared.strings ? static_cast<u4>(gShared.strings->size()) : 0;
 }
 
 u4 sShared::FormulaCount() {

@@ -16,6 +16,7 @@ class cString;
 namespace gik {
 
 class cFormula;
+class cValue;
 
 class sShared {
 public:
@@ -38,6 +39,12 @@ public:
     // does not parse (then aError says why, and nothing is stored, so the
     // failure is reported again next time) or when nothing is attached.
     static cFormula* Formula(const char* aText, const char** aError);
+
+    // The frozen constants true and false, shared by every runtime for
+    // the references that are never written ("pIsImplemented",
+    // "pIsAvailable", "pIsLocked" and the like); they live as long as the
+    // process.
+    static cValue* Flag(bool aValue);
 
     // For tests and benchmarks.
     static u4 InternedCount();

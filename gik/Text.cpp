@@ -61,6 +61,44 @@ bool sText::ReadInteger(const char* aText, i8& aValue) {
     return true;
 }
 
+bool sText::ReadAddress(const char* aText, u8& aValue) {
+    if (!aText) return false;
+    const char* p = aText;
+    while (IsSpace(*p))
+        ++p;
+    bool negative = *p == '-';
+    if (*p == '+' || *p == '-') ++p;
+    u8 v = 0;
+    int digits = 0;
+    if (p[0] == '0' && (p[1] == 'x' || p[1] == 'X')) {
+        for (p += 2;; ++p, ++digits) {
+            char c = *p;
+            u4 d;
+            if (c >= '0' && c <= '9')
+                d = static_cast<u4>(c - '0');
+            else if (c >= 'a' && c <= 'f')
+                d = static_cast<u4>(c - 'a' + 10);
+            else if (c >= 'A' && c <= 'F')
+                d = static_cast<u4>(c - 'A' + 10);
+            else
+                break;
+            if (v >> 60) return false; // more than 64 bits
+            v = v * 16 + d;
+        }
+    } else {
+        for (; *p >= '0' && *p <= '9'; ++p, ++digits) {
+            u8 d = static_cast<u8>(*p - '0');
+            if (v > (UINT64_MAX - d) / 10) return false;
+            v = v * 10 + d;
+        }
+    }
+    while (IsSpace(*p))
+        ++p;
+    if (digits == 0 || *p != '\0') return false;
+    aValue = negative ? 0 - v : v;
+    return true;
+}
+
 bool sText::ReadReal(const char* aText, double& aValue) {
     if (!aText) return false;
     const char* p = aText;
@@ -94,7 +132,52 @@ bool sText::ReadReal(const char* aText, double& aValue) {
 }
 
 const TiXmlElement* sText::Child(const TiXmlElement* aElement, const char* aName) {
+    const TiXmlElement* child = nullptr;
+    if (uChildIndex::Find(aElement, aName, child)) return child;
     return aElement ? aElement->FirstChildElement(aName) : nullptr;
+}
+
+thread_local uChildIndex* uChildIndex::sCurrent = nullptr;
+
+u8 uChildIndex::Key(const char* aName) {
+    u8 key = 0;
+    size_t length = 0;
+    for (; aName[length] && length < 7; ++length)
+        key |= static_cast<u8>(static_cast<u1>(aName[length])) << (8 * length);
+    length += strlen(aName + length);
+    return key | (static_cast<u8>(length < 255 ? length : 255) << 56);
+}
+
+uChildIndex::uChildIndex(const TiXmlElement* aElement) : mOuter(sCurrent), mElement(aElement) {
+    sCurrent = this;
+    if (!aElement) return;
+    for (const TiXmlElement* c = aElement->FirstChildElement(); c; c = c->NextSiblingElement()) {
+        if (mCount == kEntries) {
+            mComplete = false;
+            return;
+        }
+        mEntries[mCount++] = {Key(c->Value()), c->Value(), c};
+    }
+}
+
+uChildIndex::~uChildIndex() {
+    sCurrent = mOuter;
+}
+
+bool uChildIndex::Find(const TiXmlElement* aElement, const char* aName,
+                       const TiXmlElement*& aChild) {
+    uChildIndex* index = sCurrent;
+    if (!index || index->mElement != aElement || !aElement || !index->mComplete) return false;
+    u8 key = Key(aName);
+    aChild = nullptr;
+    for (u4 i = 0; i < index->mCount; ++i) {
+        const tEntry& e = index->mEntries[i];
+        if (e.key == key && strcmp(e.name, aName) == 0) {
+            aChild = e.element;
+            break;
+        }
+    }
+    return true;
 }
 
 const char* sText::ChildText(const TiXmlElement* aElement, const char* aName) {

@@ -65,6 +65,7 @@ public:
     i8 Sint() const { return mScalar.AsSint(); }
     u8 Uint() const { return mScalar.AsUint(); }
     double Real() const { return mScalar.AsReal(); }
+    u8 Bits() const { return mScalar.AsBits(); }
     llk::cString* String() const { return mText; }
     // True with the characters when a text is there.
     bool Get(const char*& aText) const;

@@ -51,9 +51,11 @@ public:
             if (Starts(open, "<?xml", true)) {
                 p = Declaration(open + 5);
                 if (depth == 0 && mMode == kUndecided) {
-                    // The first declaration at the top decides the mode.
+                    // The first declaration at the top decides the mode. The
+                    // two read ASCII alike, so a text without other bytes is
+                    // read once.
                     u4 bytes = cReading(mEnd, kBytes, mLimit).Deepest(p);
-                    u4 utf8 = cReading(mEnd, kUtf8, mLimit).Deepest(p);
+                    u4 utf8 = IsAscii(p) ? bytes : cReading(mEnd, kUtf8, mLimit).Deepest(p);
                     return std::max({deepest, bytes, utf8});
                 }
             } else if (Starts(open, "<!--")) {
@@ -76,6 +78,14 @@ public:
     }
 
 private:
+    // True when no byte from aAt to the end is above 0x7F.
+    bool IsAscii(const char* aAt) const {
+        u1 any = 0;
+        for (; aAt < mEnd; ++aAt)
+            any |= static_cast<u1>(*aAt);
+        return any < 0x80;
+    }
+
     bool Starts(const char* aAt, const char* aPrefix, bool aNoCase = false) const {
         size_t n = strlen(aPrefix);
         if (static_cast<size_t>(mEnd - aAt) < n) return false;
@@ -116,16 +126,29 @@ private:
         return semicolon + 1;
     }
 
+    // Past the bytes that are one character each and not aStop: every byte
+    // but "&" in the byte mode, and ASCII ones in UTF-8.
+    const char* Plain(const char* aAt, char aStop) const {
+        if (mMode == kUtf8) {
+            while (aAt < mEnd && *aAt != aStop && *aAt != '&' && static_cast<u1>(*aAt) < 0x80)
+                ++aAt;
+        } else {
+            while (aAt < mEnd && *aAt != aStop && *aAt != '&')
+                ++aAt;
+        }
+        return aAt;
+    }
+
     // To the next "<" through text, or the end.
     const char* Text(const char* aAt) const {
-        while (aAt < mEnd && *aAt != '<')
+        while ((aAt = Plain(aAt, '<')) < mEnd && *aAt != '<')
             aAt = Char(aAt);
         return aAt;
     }
 
     // Past the closing quote of a value whose first character is at aAt.
     const char* Quoted(const char* aAt, char aQuote) const {
-        while (aAt < mEnd && *aAt != aQuote)
+        while ((aAt = Plain(aAt, aQuote)) < mEnd && *aAt != aQuote)
             aAt = Char(aAt);
         return aAt < mEnd ? aAt + 1 : mEnd;
     }
@@ -148,7 +171,10 @@ private:
     // Past a start tag whose name began before aAt; "/>" makes it empty.
     const char* Tag(const char* aAt, bool& aEmpty) const {
         while (aAt < mEnd && *aAt != '>') {
-            if (IsQuote(*aAt)) {
+            char c = *aAt;
+            if (c != '"' && c != '\'' && c != '/') {
+                ++aAt;
+            } else if (IsQuote(*aAt)) {
                 aAt = Quoted(aAt + 1, *aAt);
             } else if (*aAt == '/' && aAt + 1 < mEnd && aAt[1] == '>') {
                 aEmpty = true;

@@ -1,6 +1,7 @@
 // tavik: the command-line tool. Each command is one function in the table
 // below; capture commands join it as the library gains them.
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 #include "Common.h"
@@ -73,18 +74,29 @@ constexpr tCommand kCommands[] = {
 };
 
 int Usage() {
-    puts("usage: tavik <command> [arguments]");
+    puts("usage: tavik [--strict] <command> [arguments]");
     for (const tCommand& command : kCommands) {
         char call[64];
         snprintf(call, sizeof(call), "%s %s", command.name, command.arguments);
         printf("  %-26s %s\n", call, command.help);
     }
+    puts("\nCameras' documents are read in the feature kernel's wide reading, which accepts\n"
+         "what real cameras' documents use beyond the kernel's strict one; --strict reads\n"
+         "them strictly, as the library does by default (Settings/Kernel/WideReading).");
     return 2;
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
+    // The wide reading unless --strict: the library reads the choice when it
+    // prepares each feature container.
+    bool strict = argc > 1 && strcmp(argv[1], "--strict") == 0;
+    if (strict) {
+        --argc;
+        ++argv;
+    }
+    setenv("TAVIK_WIDE_READING", strict ? "0" : "1", 1);
     if (argc < 2) return Usage();
     for (const tCommand& command : kCommands)
         if (strcmp(argv[1], command.name) == 0) return command.run(argc - 2, argv + 2);

@@ -1,5 +1,5 @@
-// The feature kernel on the real devices' documents, over a zero-filled
-// in-memory port: loading the largest document (and the largest that loads)
+// The feature kernel on the real devices' documents in the wide reading,
+// over a zero-filled in-memory port: loading the largest document (and the largest that loads)
 // with the peak memory of a process doing it, timed in real time since a
 // parse may run on a helper thread; a cached and an uncached integer read;
 // a SwissKnife read; a write with its invalidation walk. And documents with
@@ -99,6 +99,7 @@ std::string Largest(bool aLoadable);
 // documents use; aStatus is the first failure of Process and Finalize.
 gik::cRuntime* Load(const std::string& aPath, cPagePort* aPort, bool aNoCache, i4& aStatus) {
     gik::cRuntime* runtime = llk::Retained(gik::cRuntime::New(aNoCache));
+    runtime->SetReading(gik::tReading::Wide());
     for (const char* name : {"Device", "TLDevice", "ChunkImagePort", "EventAcquisitionStartPort",
                              "EventAcquisitionStopPort", "IMX174FrameSetIdPort"})
         runtime->AttachPort(name, aPort);

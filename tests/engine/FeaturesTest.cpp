@@ -5,11 +5,13 @@
 
 #include <zlib.h>
 
+#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <vector>
 
 #include "engine/Features.h"
+#include "engine/Global.h"
 #include "gik/MemoryPort.h"
 #include "kit/AutoreleasePool.h"
 
@@ -105,6 +107,29 @@ TEST_F(FeaturesTest, EveryOperationWaitsForRealize) {
     EXPECT_EQ(mFeatures->FeatureIntGet("Gain", &value), 0);
     EXPECT_EQ(mFeatures->Dismiss(), 0);
     EXPECT_EQ(mFeatures->FeatureIntGet("Gain", &value), llk::kRefused);
+}
+
+TEST_F(FeaturesTest, PrepareChoosesTheReadingOfTheDocumentsToCome) {
+    // An IntReg of one byte: only the wide reading takes it.
+    const char* document = R"(<RegisterDescription><Category Name="Root"><pFeature>Small</pFeature>
+      </Category><IntReg Name="Small"><Address>0x10</Address><Length>1</Length>
+      <pPort>Device</pPort></IntReg><Port Name="Device"/></RegisterDescription>)";
+    setenv(cGlobal::kWideReadingVariable, "1", 1);
+    ASSERT_EQ(mFeatures->Prepare(), 0);
+    EXPECT_TRUE(mFeatures->Runtime()->Reading().IsWide());
+    EXPECT_EQ(mFeatures->Connect("Device", mPort, document, false, false, nullptr, nullptr), 0);
+    ASSERT_EQ(mFeatures->Realize(), 0);
+    mPort->mBytes[0x10] = 0xAB;
+    llk::i8 value = 0;
+    EXPECT_EQ(mFeatures->FeatureIntGet("Small", &value), 0);
+    EXPECT_EQ(value, 0xAB);
+    ASSERT_EQ(mFeatures->Dismiss(), 0);
+
+    setenv(cGlobal::kWideReadingVariable, "0", 1);
+    ASSERT_EQ(mFeatures->Prepare(), 0);
+    EXPECT_FALSE(mFeatures->Runtime()->Reading().IsWide());
+    EXPECT_EQ(mFeatures->Connect("Device", mPort, document, false, false, nullptr, nullptr), 101);
+    unsetenv(cGlobal::kWideReadingVariable);
 }
 
 TEST_F(FeaturesTest, NamesTypesAndRequiredOutputs) {

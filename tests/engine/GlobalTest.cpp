@@ -1,11 +1,17 @@
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
 #include <set>
+#include <string>
 
 #include "engine/Global.h"
 #include "kit/AutoreleasePool.h"
 #include "kit/Env.h"
 #include "kit/ObjectList.h"
+#include "kit/XMLBundle.h"
 
 using namespace tvk;
 
@@ -122,6 +128,31 @@ TEST_F(GlobalTest, PoolsAndCache) {
     llk::cString* a = mGlobal->Cache("Width");
     EXPECT_EQ(mGlobal->Cache("Width"), a);
     EXPECT_STREQ(a->Chars(), "Width");
+}
+
+TEST_F(GlobalTest, TheWideReadingComesFromTheSettingUnlessTheEnvironmentChooses) {
+    std::string path = ::testing::TempDir() + "tavik-wide-" + std::to_string(getpid()) + ".xml";
+    auto settings = [&](const char* aValue) {
+        FILE* file = fopen(path.c_str(), "w");
+        fprintf(file, "<Settings><Kernel><WideReading>%s</WideReading></Kernel></Settings>",
+                aValue);
+        fclose(file);
+        return llk::cXMLBundle::New(path.c_str());
+    };
+    unsetenv(cGlobal::kWideReadingVariable);
+    EXPECT_FALSE(cGlobal::WideReading(nullptr)); // no settings: strict
+    EXPECT_FALSE(cGlobal::WideReading());
+    EXPECT_TRUE(cGlobal::WideReading(settings("True")));
+    EXPECT_FALSE(cGlobal::WideReading(settings("False")));
+    EXPECT_FALSE(cGlobal::WideReading(settings("maybe")));
+    setenv(cGlobal::kWideReadingVariable, "1", 1);
+    EXPECT_TRUE(cGlobal::WideReading(settings("False")));
+    setenv(cGlobal::kWideReadingVariable, "0", 1);
+    EXPECT_FALSE(cGlobal::WideReading(settings("True")));
+    setenv(cGlobal::kWideReadingVariable, "yes", 1); // neither: the setting decides
+    EXPECT_TRUE(cGlobal::WideReading(settings("True")));
+    unsetenv(cGlobal::kWideReadingVariable);
+    remove(path.c_str());
 }
 
 } // namespace

@@ -54,6 +54,11 @@ protected:
         llk::ReleaseAndClear(mPort);
     }
 
+    // The same in the wide reading.
+    llk::i4 LoadWide(const std::string& aNodes, const std::string& aFeatures) {
+        mRuntime->SetReading(gik::tReading::Wide());
+        return Load(aNodes, aFeatures);
+    }
     // Process and Finalize; the first failure.
     llk::i4 Load(const std::string& aNodes, const std::string& aFeatures) {
         llk::i4 status =
